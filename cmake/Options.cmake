@@ -1,0 +1,22 @@
+# What is built, and how every target of the project is compiled.
+
+option(PELION_CORE_EXAMPLES "Build the example hosts" ${PROJECT_IS_TOP_LEVEL})
+option(PELION_CORE_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
+option(PELION_CORE_BENCH "Build the benchmarks" OFF)
+option(PELION_CORE_WERROR "Treat warnings as errors" OFF)
+set(PELION_CORE_SANITIZE "" CACHE STRING "Sanitizers for every target, as -fsanitize takes them")
+
+function(pelion_compile target)
+  target_compile_features(${target} PUBLIC cxx_std_17)
+  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+  target_compile_options(${target} PRIVATE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+    # A product and a sum must round as they are written, on every machine.
+    -ffp-contract=off
+    $<$<BOOL:${PELION_CORE_WERROR}>:-Werror>)
+  if(PELION_CORE_SANITIZE)
+    set(flags -fsanitize=${PELION_CORE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_compile_options(${target} PRIVATE ${flags})
+    target_link_options(${target} PRIVATE ${flags})
+  endif()
+endfunction()

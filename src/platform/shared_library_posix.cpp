@@ -1,0 +1,53 @@
+#include <dlfcn.h>
+#include <link.h>
+
+#include <cerrno>
+
+#include "platform/shared_library.h"
+
+namespace pelion_core::platform {
+namespace {
+
+void* pinnedLibrary = nullptr;
+
+// dlopen answers the same handle for the same file, and with RTLD_NOLOAD it maps nothing.
+void* reopenPinned(const char* path) {
+  void* const handle = dlopen(path, RTLD_NOW | RTLD_NOLOAD);
+  if (handle != nullptr && handle != pinnedLibrary) {
+    dlclose(handle);
+    return nullptr;
+  }
+  return handle;
+}
+
+}  // namespace
+
+void* openSharedLibrary(const char* utf8Path, int* error) {
+  *error = EINVAL;
+  if (*utf8Path == '\0') return nullptr;  // dlopen would answer the main program
+
+  if (pinnedLibrary != nullptr) {
+    void* const handle = reopenPinned(utf8Path);
+    *error = handle != nullptr ? 0 : EBUSY;
+    return handle;
+  }
+
+  // RTLD_GLOBAL: extension modules look the interpreter's symbols up in the global scope and are
+  // not linked against it
+  // (https://docs.python.org/3/whatsnew/3.8.html#debug-build-uses-the-same-abi-as-release-build).
+  void* const handle = dlopen(utf8Path, RTLD_NOW | RTLD_GLOBAL);
+  *error = handle != nullptr ? 0 : ENOENT;
+  return handle;
+}
+
+void* findLibrarySymbol(void* handle, const char* name) { return dlsym(handle, name); }
+
+void closeSharedLibrary(void* handle) { dlclose(handle); }
+
+void pinSharedLibrary(void* handle) {
+  link_map* map = nullptr;
+  if (dlinfo(handle, RTLD_DI_LINKMAP, &map) != 0) return;
+  pinnedLibrary = dlopen(map->l_name, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
+}  // namespace pelion_core::platform
