@@ -1,0 +1,46 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include "find_python.h"
+
+namespace example {
+
+/// The exit statuses of the examples, beside 0.
+enum ExitStatus {
+  pythonRaised = 1,    ///< Python raised an error
+  wrongUsage = 2,      ///< the command line makes no sense
+  nameNotFound = 3,    ///< a Python name has the wrong form or leads nowhere
+  notLoaded = 4,       ///< the runtime library does not load
+  alreadyRunning = 5,  ///< the process has an interpreter already
+  noPython = 6,        ///< there is no Python that could be loaded
+  badInput = 7,        ///< the data to work on cannot be used
+  noPackage = 8,       ///< a Python package is missing
+};
+
+/// Why an example cannot go on, in words for its user.
+class Failure : public std::runtime_error {
+ public:
+  Failure(ExitStatus status, const std::string& message)
+      : std::runtime_error(message), status_(status) {}
+  ExitStatus status() const { return status_; }
+
+ private:
+  ExitStatus status_;
+};
+
+/// Parses the command line. What `main` is to return when the program ends there: after `--help` or
+/// for wrong usage.
+std::optional<int> parse(CLI::App& app, int argc, char** argv);
+
+/// Starts the Python that `findPython(given)` answers, runs `work` with those settings, closes
+/// Python and answers the exit status of the process: that of `work`, or of what went wrong, which
+/// standard error then tells after `program`. `work` holds no handle when it returns or throws.
+int runWithPython(const char* program, const PythonSettings& given,
+                  const std::function<int(const PythonSettings&)>& work);
+
+}  // namespace example
