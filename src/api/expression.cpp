@@ -1,5 +1,6 @@
 #include "api/expression.h"
 
+#include "api/wrap.h"
 #include "pelion_core/api/managed.h"
 #include "pelion_core/api/module.h"
 #include "pelion_core/api/object.h"
@@ -8,7 +9,7 @@ namespace pelion_core::api {
 
 PyHandle share(pyArray* borrowed) {
   managed::pyAddReference(borrowed);  // first: a handle that cannot be allocated drops a reference
-  return PyHandle(borrowed, PyArrayReleaser());
+  return wrap(toPyObject(borrowed));
 }
 
 PyHandle importMember(const std::u16string& module, const char* name) {

@@ -1,0 +1,26 @@
+#include "api/control_blocks.h"
+
+namespace pelion_core::api {
+
+thread_local SpareBlocks spareBlocks = {nullptr, 0};
+
+namespace {
+
+// Gives the blocks of a thread back when it ends. A handle that is released later still finds the
+// stack full and frees its block.
+struct Sweeper {
+  ~Sweeper() {
+    while (spareBlocks.first != nullptr) ::operator delete(spareBlocks.allocate());
+    spareBlocks.count = SpareBlocks::limit;
+  }
+};
+
+}  // namespace
+
+void* SpareBlocks::newBlock() {
+  thread_local const Sweeper sweeper;
+  (void)sweeper;
+  return ::operator new(blockSize);
+}
+
+}  // namespace pelion_core::api
