@@ -1,0 +1,118 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "fake_runtime.h"
+#include "pelion_core/pelion_core.h"
+
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <dlfcn.h>
+#endif
+
+using namespace pelion_core;
+using Calls = std::vector<std::string>;
+using Counts = std::map<std::string, std::int64_t>;  ///< of references, by label
+
+inline std::u16string utf16Path(const std::string& utf8) {
+  return std::filesystem::u8path(utf8).u16string();
+}
+
+inline const std::u16string fakePath = utf16Path(FAKE_RUNTIME);
+
+/// What the system itself says of an export; null when the library is not in the process.
+inline void* systemSymbol(const std::u16string& library, const char* name) {
+  const std::filesystem::path path(library);
+#if defined(_WIN32)
+  const HMODULE handle = GetModuleHandleW(path.filename().c_str());
+  return handle != nullptr ? reinterpret_cast<void*>(GetProcAddress(handle, name)) : nullptr;
+#else
+  void* const handle = dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
+  if (handle == nullptr) return nullptr;
+  void* const symbol = dlsym(handle, name);
+  dlclose(handle);
+  return symbol;
+#endif
+}
+
+inline bool isMapped(const std::u16string& library) {
+  return systemSymbol(library, "fake_control") != nullptr;
+}
+
+inline fake::Runtime& control(const PythonLibHolder& holder) {
+  return *reinterpret_cast<fake::Control>(holder.findSymbol("fake_control"))();
+}
+
+/// A copy of the stand-in under another name, in a folder of its own that is removed at the end.
+class CopiedFake {
+ public:
+  explicit CopiedFake(const std::u16string& name) : library(folder.u16string() + u"/" + name) {
+    std::filesystem::create_directories(std::filesystem::path(library).parent_path());
+    std::filesystem::copy_file(std::filesystem::path(fakePath), library);
+  }
+  ~CopiedFake() {
+    std::error_code ignored;
+    std::filesystem::remove_all(folder, ignored);
+  }
+
+  const std::filesystem::path folder = std::filesystem::path(fakePath).replace_extension(
+      ::testing::UnitTest::GetInstance()->current_test_info()->name());
+  const std::u16string library;
+};
+
+/// The message with which `action` fails; empty when it does not.
+template <class Action>
+std::string failure(Action action) {
+  try {
+    action();
+    return {};
+  } catch (const InternalPyException& error) {
+    return error.what();
+  }
+}
+
+constexpr char nullPassed[] = "NULL pointer passed to Python.";
+constexpr char nullReturned[] = "NULL pointer returned from Python.";
+constexpr char introspectionFailed[] = "Introspection API failed.";
+constexpr char setFailed[] = "Python API (probably set) failed.";
+constexpr char noAPI[] = "Python API functions are not available.";
+
+/// The stand-in loaded, and the implementation over it without the loader.
+class FakeRuntimeTest : public ::testing::Test {
+ protected:
+  PythonLibHolder holder{fakePath};
+  fake::Runtime& runtime = control(holder);
+  std::unique_ptr<python::IPythonAPI> api{
+      createIPythonAPI(PythonFuncs(holder), PythonThreeFuncs(holder))};
+
+  /// The objects that still have references, with their counts.
+  Counts alive() const {
+    Counts counts;
+    for (const PyObject& object : runtime.objects)
+      if (object.references != 0) counts[object.label] += object.references;
+    return counts;
+  }
+};
+
+inline int loadFake(const std::u16string& library = fakePath,
+                    const std::u16string& version = u"3.11") {
+  return loader::attemptToLoadPython(version, library, u"/prog", u"/home", u"", true);
+}
+
+/// The stand-in started through the loader.
+class StartedFakeTest : public FakeRuntimeTest {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(loadFake(), 0);
+    api::APIAccessor();  // gives up the lock that the start left taken
+    runtime.take();
+    runtime.objects.clear();
+    runtime.named.clear();
+  }
+};

@@ -1,0 +1,85 @@
+// Loading, starting, closing and starting again on a real interpreter, and what its threads see.
+
+#include <chrono>
+#include <fstream>
+#include <thread>
+
+#include "real_python.h"
+
+namespace real {
+namespace {
+
+using StartUp = RealPython;
+
+TEST_F(StartUp, SysIsCorrected) {
+  run("import sys, math, array, datetime");  // extension modules find the runtime's symbols
+  define("program", text(underTest().program));
+  define("home", text(underTest().home));
+  define("base", text(underTest().base()));
+  EXPECT_TRUE(holds("sys.executable == sys._base_executable == program"));
+  EXPECT_TRUE(holds("sys.prefix == sys.exec_prefix == home"));
+  EXPECT_TRUE(holds("sys.base_prefix == sys.base_exec_prefix == base"));
+  EXPECT_TRUE(holds("sys.argv == ['']"));
+  // Looked for in the items: before 3.7 the key is hashed before the hash seed is set.
+  EXPECT_TRUE(holds("('frozen_modules', 'off') in list(sys._xoptions.items())"));
+}
+
+TEST_F(StartUp, SecondLoadIsRefusedAndTakesTheApiAway) {
+  EXPECT_TRUE(interpreter::pyIsOpen());
+  EXPECT_EQ(loader::attemptToLoadPython(u"3", u"/no/such/library.so", u"", u"", u"", true), -1);
+  EXPECT_TRUE(loader::isPythonLoaded());
+  // The fixture's handles must go first: without an API a handle cannot be released.
+  TearDown();
+  ASSERT_EQ(load(), 0);
+  EXPECT_EQ(load(), -2);
+  EXPECT_EQ(loader::getAPI(), nullptr);
+  EXPECT_EQ(thrownBy([] { interpreter::pyIsOpen(); }), "Python API functions are not available.");
+  std::_Exit(HasFailure() ? 1 : 0);  // nothing is left that could close the interpreter
+}
+
+TEST_F(StartUp, ClosedAndStartedAgain) {
+  for (int round = 0; round < 3; ++round) {
+    TearDown();
+    EXPECT_TRUE(loader::isPythonLoaded());
+    SetUp();
+    EXPECT_EQ(repr("__import__('json').dumps([1])"), "'[1]'");
+  }
+}
+
+TEST_F(StartUp, PythonThreadsRunBetweenCalls) {
+  run("import threading, time\ncount = 0\nstop = False\n"
+      "def work():\n  global count\n  while not stop:\n    count += 1\n    time.sleep(0.001)\n"
+      "thread = threading.Thread(target=work)\nthread.start()\n");
+  const std::int64_t before = number(eval("count"));
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (number(eval("count")) < before + 20 && std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  run("stop = True\nthread.join()");
+  EXPECT_GE(number(eval("count")), before + 20);
+}
+
+TEST_F(StartUp, OlderNamesWhenTheHostSaysSo) {
+  TearDown();
+  ASSERT_EQ(load(u"2.7"), 0);
+  EXPECT_TRUE(type::pyIsExcludedTypeForBuffer("unicode"));
+  EXPECT_FALSE(type::pyIsExcludedTypeForBuffer("int"));
+  EXPECT_EQ(thrownBy([] { module::pyInvokeInt(integer(1).get()); }), nullReturned);  // no `long`
+  exception::pyErrorClear();
+}
+
+TEST(Unloadable, LibrariesAreRefusedWithoutATrace) {
+  std::ofstream("text.so") << "no library";
+  for (const char16_t* path : {u"", u"/no/such/library.so", u".", u"./text.so", u"libc.so.6"}) {
+    EXPECT_EQ(loader::attemptToLoadPython(u"3", path, u"", u"", u"", true), -1);
+    EXPECT_FALSE(loader::isPythonLoaded());
+  }
+}
+
+TEST(Refused, VersionTwo) {
+  EXPECT_EQ(load(), -1);
+  EXPECT_FALSE(loader::isPythonLoaded());
+}
+
+}  // namespace
+}  // namespace real
