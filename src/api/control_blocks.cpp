@@ -2,7 +2,7 @@
 
 namespace pelion_core::api {
 
-thread_local SpareBlocks spareBlocks = {nullptr, 0};
+thread_local SpareBlocks spareBlocks = {nullptr, 0, false};
 
 namespace {
 
@@ -17,10 +17,10 @@ struct Sweeper {
 
 }  // namespace
 
-void* SpareBlocks::newBlock() {
+void SpareBlocks::sweepAtEnd() noexcept {
   thread_local const Sweeper sweeper;
   (void)sweeper;
-  return ::operator new(blockSize);
+  spareBlocks.swept = true;
 }
 
 }  // namespace pelion_core::api

@@ -18,9 +18,10 @@ struct SpareBlocks {
 
   Block* first;
   unsigned count;
+  bool swept;  ///< whether they go with the thread
 
   void* allocate() {
-    if (first == nullptr) return newBlock();
+    if (first == nullptr) return ::operator new(blockSize);
     Block* const block = first;
     first = block->next;
     --count;
@@ -29,12 +30,13 @@ struct SpareBlocks {
 
   void release(void* memory) noexcept {
     if (count >= limit) return ::operator delete(memory);
+    if (!swept) sweepAtEnd();  // here, since a thread may only release what others made
     first = new (memory) Block{first};
     ++count;
   }
 
-  /// A new block from the heap; sees to it that the spare ones go with the thread.
-  static void* newBlock();
+  /// Sees to it that the blocks go with the thread.
+  static void sweepAtEnd() noexcept;
 };
 
 #if defined(_WIN32)
