@@ -17,6 +17,7 @@ class PELION_CORE_EXPORT APIAccessor {
   APIAccessor(const APIAccessor&) = delete;
   APIAccessor& operator=(const APIAccessor&) = delete;
 
+  /// The interface to the interpreter, never null.
   python::IPythonAPI* operator->() const { return api_; }
 
  private:

@@ -36,10 +36,14 @@ using python::pyArray;
 /// otherwise throws "Python API functions are not available." when there is no API.
 struct PELION_CORE_EXPORT PyArrayReleaser {
   PyArrayReleaser() = default;
+  /// Nothing to copy: a releaser has no state.
   PyArrayReleaser(const PyArrayReleaser&) {}
+  /// Nothing to copy.
   PyArrayReleaser& operator=(const PyArrayReleaser&) { return *this; }
+  /// Nothing to move.
   PyArrayReleaser& operator=(PyArrayReleaser&&) { return *this; }
 
+  /// Drops one reference.
   void operator()(pyArray* object) const;
 };
 
@@ -61,6 +65,7 @@ using PyKeywords = std::vector<std::pair<PyHandle, PyHandle>>;
 inline PyObject* toPyObject(::python::pyArray* object) {
   return reinterpret_cast<PyObject*>(object);
 }
+/// The other way round.
 inline ::python::pyArray* toPyArray(PyObject* object) {
   return reinterpret_cast<::python::pyArray*>(object);
 }

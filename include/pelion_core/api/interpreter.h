@@ -2,6 +2,7 @@
 
 #include "pelion_core/api/handle.h"
 
+/// The end of the interpreter's life; its beginning is `loader::attemptToLoadPython`.
 namespace pelion_core::api::interpreter {
 
 /// Finalises the interpreter. Call it from the thread that loaded, with every handle released. The

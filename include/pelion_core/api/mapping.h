@@ -5,6 +5,7 @@
 /// Dictionaries and mappings in general.
 namespace pelion_core::api::mapping {
 
+/// `isinstance(object, dict)`.
 PELION_CORE_EXPORT bool pyIsDict(pyArray* object);
 
 /// Whether the object supports the mapping protocol (so does a `list`).

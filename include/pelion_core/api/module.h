@@ -7,6 +7,7 @@
 /// Imports. Nothing is cached here: every call asks the interpreter's own module cache.
 namespace pelion_core::api::module {
 
+/// Whether the object is a module.
 PELION_CORE_EXPORT bool pyIsModule(pyArray* object);
 
 /// Imports a module by its (dotted) name and answers that very module, as `importlib.import_module`
@@ -16,6 +17,7 @@ PELION_CORE_EXPORT PyHandle pyCreateModule(const std::u16string& name);
 /// "builtins".
 PELION_CORE_EXPORT std::u16string pyGetBuiltinsName();
 
+/// The module `builtins`.
 PELION_CORE_EXPORT PyHandle pyCreateBuiltinsModule();
 
 /// The module `numpy`.

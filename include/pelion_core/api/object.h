@@ -14,6 +14,7 @@ PELION_CORE_EXPORT PyHandle pyGetMember(pyArray* object, const char* name);
 
 /// `hasattr(object, name)`, false also when the look-up raised.
 PELION_CORE_EXPORT bool pyHasMember(pyArray* object, pyArray* name);
+/// The same by a zero-terminated UTF-8 name, which is not checked for null.
 PELION_CORE_EXPORT bool pyHasMember(pyArray* object, const char* name);
 
 /// `setattr(object, name, value)`; "Python API (probably set) failed." when Python raised.
@@ -31,6 +32,7 @@ PELION_CORE_EXPORT PyHandle pyInvoke(pyArray* callable, PyHandle args, PyHandle 
 PELION_CORE_EXPORT PyHandle pyInvoke(pyArray* callable, const std::vector<PyHandle>& args,
                                      const std::vector<std::pair<PyHandle, PyHandle>>& kwargs);
 
+/// `callable(object)`.
 PELION_CORE_EXPORT bool pyIsCallable(pyArray* object);
 
 /// `isinstance(object, cls)`; "Introspection API failed." when Python raised.

@@ -12,6 +12,7 @@ namespace pelion_core::api::sequence {
 /// Whether the object supports the sequence protocol (a `dict` does not).
 PELION_CORE_EXPORT bool pyIsSequence(pyArray* object);
 
+/// `isinstance(object, tuple)`.
 PELION_CORE_EXPORT bool pyTupleCheck(pyArray* object);
 
 /// `len(object)`; "PySequence_Length failed." for an object without one.

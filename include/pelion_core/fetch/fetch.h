@@ -27,16 +27,19 @@ class PELION_CORE_EXPORT SearchFailure
 
 /// Imports a module; on `InternalPyException` clears the pending error and passes it on.
 struct PELION_CORE_EXPORT ModuleFetcher {
+  /// The module of this dotted name.
   PyHandle operator()(const std::u16string& moduleName) const;
 };
 
 /// Gets a member; on `InternalPyException` clears the pending error and passes it on.
 struct PELION_CORE_EXPORT AttrFetcher {
+  /// The member of this name.
   PyHandle operator()(PyHandle object, const std::u16string& attributeName) const;
 };
 
 /// The module that is tried first for every name: "builtins".
 struct PELION_CORE_EXPORT DefaultPyModule {
+  /// The name of the module.
   std::u16string operator()() const;
 };
 

@@ -61,6 +61,7 @@ class Exception : public Interface, public Std {
   Exception& operator=(Exception&& other) = default;
   ~Exception() noexcept override = default;
 
+  /// The text of the standard exception, as UTF-8.
   const char* what() const noexcept override { return Std::what(); }
 
  private:

@@ -14,7 +14,9 @@ class PELION_CORE_EXPORT InternalPyException
  public:
   /// Copies `message`, a zero-terminated UTF-8 text that is not null.
   explicit InternalPyException(const char* message);
+  /// Copies the message, and shares what Boost attached to the other exception.
   InternalPyException(const InternalPyException& other);
+  /// As the copy.
   InternalPyException& operator=(const InternalPyException& other);
   ~InternalPyException() noexcept override;
 

@@ -12,6 +12,7 @@ class PythonFuncs;
 class PythonThreeFuncs;
 }  // namespace pelion_core
 
+/// The interface to the interpreter.
 namespace python {
 
 /// The single door to the loaded interpreter: the C API with its error conventions turned into
@@ -30,11 +31,15 @@ namespace python {
 /// throws `boost::numeric::positive_overflow`.
 class PELION_CORE_EXPORT IPythonAPI {
  public:
+  /// One interpreter object.
   using PyObject = pelion_core::PyObject;
+  /// The host's 32-bit `long`.
   using HostLong = pelion_core::HostLong;
 
   IPythonAPI() = default;
+  /// Nothing to copy: the interface has no state.
   IPythonAPI(const IPythonAPI&) {}
+  /// Nothing to copy.
   IPythonAPI& operator=(const IPythonAPI&) { return *this; }
   virtual ~IPythonAPI();
 
@@ -57,7 +62,9 @@ class PELION_CORE_EXPORT IPythonAPI {
   virtual bool PyModule_Check(PyObject* object) = 0;
   /// "builtins".
   virtual std::u16string getBuiltinsName() = 0;
+  /// The module `builtins`.
   virtual PyObject* importBuiltins() = 0;
+  /// The module of this dotted name.
   virtual PyObject* importModule(const std::u16string& name) = 0;
   /// The pointer in the capsule of this dotted name; null, with the error pending, on failure.
   virtual void* PyCapsule_Import(const std::u16string& name) = 0;
@@ -108,6 +115,7 @@ class PELION_CORE_EXPORT IPythonAPI {
   /// Identity with `builtins.None`, which is looked up on every call, before the argument is
   /// checked.
   virtual bool isNone(PyObject* object) = 0;
+  /// `builtins.None`.
   virtual PyObject* getNone() = 0;
   virtual bool PyBool_Check(PyObject* object) = 0;
   virtual PyObject* PyBool_FromLong(bool value) = 0;
@@ -115,6 +123,7 @@ class PELION_CORE_EXPORT IPythonAPI {
 
   /// Always false: version 3 has no separate plain integer.
   virtual bool isInt(PyObject* object) = 0;
+  /// An `int` from 32 bits, with its sign.
   virtual PyObject* intFromLong(HostLong value) = 0;
   /// The low 32 bits of the value, without a range check; -1 with an error pending on failure.
   virtual HostLong intAsLong(PyObject* object) = 0;
@@ -149,9 +158,9 @@ class PELION_CORE_EXPORT IPythonAPI {
   virtual int unicodeToUString(PyObject* object, std::u16string& out) = 0;
   /// A writable view of host memory, which must outlive it.
   virtual PyObject* PyMemoryView_FromMemory(std::uint64_t size, char* data) = 0;
-  /// `inspect.<predicateName>(object)` when that is a bool, else false; false on failure, with the
-  /// Python error left pending. Leaves behind one reference each of the module, the function, the
-  /// argument tuple and the result.
+  /// `getattr(inspect, predicateName)(object)` when that is a bool, else false; false on failure,
+  /// with the Python error left pending. Leaves behind one reference each of the module, the
+  /// function, the argument tuple and the result.
   virtual bool callInspectPredicate(PyObject* object, const std::string& predicateName) = 0;
 };
 
