@@ -25,10 +25,10 @@ namespace pelion_core::api::primitive {
 
 /// One `datetime64`, as a scalar or a zero-dimensional array, or a zero-dimensional object array
 /// with one `datetime.datetime`. The components are zero when the value is not valid or not-a-time.
-class PELION_CORE_EXPORT Datetime64Component {
+class Datetime64Component {
  public:
   /// Takes the value apart.
-  explicit Datetime64Component(pyArray* obj);
+  PELION_CORE_EXPORT explicit Datetime64Component(pyArray* obj);
 
   /// The year of the Gregorian calendar.
   std::int32_t year() const { return calendar_[0]; }
@@ -62,7 +62,7 @@ class PELION_CORE_EXPORT Datetime64Component {
 };
 
 /// Dates as columns: one vector for each component, of equal lengths.
-class PELION_CORE_EXPORT DatetimeColumns {
+class DatetimeColumns {
  public:
   /// Years of the Gregorian calendar.
   std::vector<std::int64_t> years() const { return calendar_[0]; }
@@ -96,11 +96,11 @@ class PELION_CORE_EXPORT DatetimeColumns {
 /// latter a `date` reads as its midnight, None as not-a-time, and `pandas.NaT` throws. The columns
 /// are in column-major order of the array and hold zeros for not-a-time. An empty array is not
 /// valid.
-class PELION_CORE_EXPORT Datetime64ArrayComponents : public DatetimeColumns {
+class Datetime64ArrayComponents : public DatetimeColumns {
  public:
   Datetime64ArrayComponents() = default;
   /// Takes every element apart.
-  explicit Datetime64ArrayComponents(pyArray* arr);
+  PELION_CORE_EXPORT explicit Datetime64ArrayComponents(pyArray* arr);
 
   /// True where the element is not-a-time.
   std::vector<bool> natIndices() const { return natIndices_; }
@@ -125,12 +125,12 @@ class PELION_CORE_EXPORT Datetime64ArrayComponents : public DatetimeColumns {
 /// empty. Keep `pandas.NaT` out: it passes for a `datetime` but has no integer components, so that,
 /// as the versions of Python and pandas have it, the constructor throws or its row reads as -1 with
 /// a Python error pending.
-class PELION_CORE_EXPORT DatetimeListComponent : public DatetimeColumns {
+class DatetimeListComponent : public DatetimeColumns {
  public:
   DatetimeListComponent() = default;
   /// Throws "Timezone type not supported." for a time zone that `object::pyDatetimeGetTimezone`
   /// does not describe.
-  explicit DatetimeListComponent(pyArray* list);
+  PELION_CORE_EXPORT explicit DatetimeListComponent(pyArray* list);
 
   /// The time zone of the last element, as `object::pyDatetimeGetTimezone` describes it.
   std::u16string timezone() const { return timezone_; }

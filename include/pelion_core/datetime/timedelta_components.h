@@ -24,10 +24,10 @@ namespace pelion_core::api::primitive {
 
 /// One `timedelta64`, as a scalar or a zero-dimensional array, or an object array with one
 /// `datetime.timedelta`. The fields are zero when the value is not valid or not-a-time.
-class PELION_CORE_EXPORT Timedelta64Component {
+class Timedelta64Component {
  public:
   /// Takes the value apart.
-  explicit Timedelta64Component(pyArray* obj);
+  PELION_CORE_EXPORT explicit Timedelta64Component(pyArray* obj);
 
   /// The count of a value in hours; the days of a `datetime.timedelta`, as hours.
   std::int64_t hour() const { return hour_; }
@@ -66,10 +66,10 @@ class PELION_CORE_EXPORT Timedelta64Component {
 /// A `timedelta64` array, or an object array whose first element is a `datetime.timedelta`, where
 /// None reads as not-a-time. The vectors are in column-major order of the array, all of its length,
 /// with zeros for not-a-time and where the unit does not select them. An empty array is not valid.
-class PELION_CORE_EXPORT Timedelta64ArrayComponents {
+class Timedelta64ArrayComponents {
  public:
   /// Takes every element apart.
-  explicit Timedelta64ArrayComponents(pyArray* arr);
+  PELION_CORE_EXPORT explicit Timedelta64ArrayComponents(pyArray* arr);
 
   /// As `Timedelta64Component::hour`.
   std::vector<std::int64_t> hours() const { return hours_; }
@@ -113,11 +113,11 @@ class PELION_CORE_EXPORT Timedelta64ArrayComponents {
 
 /// A list (any sequence) of `datetime.timedelta`; a list with anything else in it leaves the
 /// vectors empty.
-class PELION_CORE_EXPORT TimedeltaListComponent {
+class TimedeltaListComponent {
  public:
   TimedeltaListComponent() = default;
   /// Takes every element apart.
-  explicit TimedeltaListComponent(pyArray* list);
+  PELION_CORE_EXPORT explicit TimedeltaListComponent(pyArray* list);
 
   /// The days, as hours.
   std::vector<std::int64_t> hours() const { return hours_; }

@@ -1,0 +1,35 @@
+# `cpack` makes archives of the installed tree: everything in one, or Debian packages for running
+# and for building.
+
+set(CPACK_PACKAGE_VENDOR "The pelion_core developers")
+set(CPACK_PACKAGE_CONTACT ${CPACK_PACKAGE_VENDOR})
+set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_COMPONENTS_ALL runtime dev)
+set(CPACK_COMPONENTS_GROUPING IGNORE)
+set(CPACK_GENERATOR TGZ DEB)
+if(WIN32)
+  set(CPACK_GENERATOR ZIP)
+endif()
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+find_program(PELION_CORE_SHLIBDEPS dpkg-shlibdeps)
+mark_as_advanced(PELION_CORE_SHLIBDEPS)
+
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Shared library, loads the Python runtime a host names.")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libpelion-core0)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "libpython3.11 | libpython3.12 | libpython3.13")
+if(PELION_CORE_SHLIBDEPS)
+  set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+endif()
+
+set(CPACK_COMPONENT_DEV_DESCRIPTION "Headers, and what CMake and pkg-config need to find them.")
+set(CPACK_DEBIAN_DEV_PACKAGE_NAME libpelion-core-dev)
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
+  "libpelion-core0 (= ${PROJECT_VERSION}), libboost-dev (>= 1.71)")
+
+include(CPack)
