@@ -49,60 +49,33 @@ inline fake::Runtime& control(const PythonLibHolder& holder) {
   return *reinterpret_cast<fake::Control>(holder.findSymbol("fake_control"))();
 }
 
-/// A copy of the stand-in under another name, in a folder of its own that is removed at the end.
-class CopiedFake {
- public:
-  explicit CopiedFake(const std::u16string& name) : library(folder.u16string() + u"/" + name) {
-    std::filesystem::create_directories(std::filesystem::path(library).parent_path());
-    std::filesystem::copy_file(std::filesystem::path(fakePath), library);
-  }
-  ~CopiedFake() {
-    std::error_code ignored;
-    std::filesystem::remove_all(folder, ignored);
-  }
-
-  const std::filesystem::path folder = std::filesystem::path(fakePath).replace_extension(
-      ::testing::UnitTest::GetInstance()->current_test_info()->name());
-  const std::u16string library;
-};
-
 /// The message with which `action` fails; empty when it does not.
 template <class Action>
 std::string failure(Action action) {
   try {
     action();
-    return {};
   } catch (const InternalPyException& error) {
     return error.what();
   }
+  return {};
 }
 
 constexpr char nullPassed[] = "NULL pointer passed to Python.";
-constexpr char nullReturned[] = "NULL pointer returned from Python.";
-constexpr char introspectionFailed[] = "Introspection API failed.";
-constexpr char setFailed[] = "Python API (probably set) failed.";
-constexpr char noAPI[] = "Python API functions are not available.";
 
 /// The stand-in loaded, and the implementation over it without the loader.
 class FakeRuntimeTest : public ::testing::Test {
  protected:
   PythonLibHolder holder{fakePath};
   fake::Runtime& runtime = control(holder);
-  std::unique_ptr<python::IPythonAPI> api{
-      createIPythonAPI(PythonFuncs(holder), PythonThreeFuncs(holder))};
-
-  /// The objects that still have references, with their counts.
-  Counts alive() const {
-    Counts counts;
-    for (const PyObject& object : runtime.objects)
-      if (object.references != 0) counts[object.label] += object.references;
-    return counts;
-  }
+  PythonFuncs funcs{holder};
+  PythonThreeFuncs three{holder};
+  std::unique_ptr<python::IPythonAPI> api{createIPythonAPI(funcs, three)};
 };
 
 inline int loadFake(const std::u16string& library = fakePath,
-                    const std::u16string& version = u"3.11") {
-  return loader::attemptToLoadPython(version, library, u"/prog", u"/home", u"", true);
+                    const std::u16string& version = u"2.7", const std::u16string& home = u"/home",
+                    const std::u16string& path = u"") {
+  return loader::attemptToLoadPython(version, library, u"/prog", home, path, true);
 }
 
 /// The stand-in started through the loader.

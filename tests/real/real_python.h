@@ -63,21 +63,18 @@ inline int load(const std::u16string& version = utf16(underTest().version)) {
                                      utf16(python.home), u"", true);
 }
 
-/// The message of the `InternalPyException` that `action` throws, or what else happened.
+/// The message of what `action` throws.
 template <class Action>
 std::string thrownBy(Action action) {
   try {
     action();
-  } catch (const InternalPyException& failure) {
+    return "nothing thrown";
+  } catch (const std::exception& failure) {
     return failure.what();
-  } catch (const std::exception& other) {
-    return std::string("another exception: ") + other.what();
   }
-  return "nothing thrown";
 }
 
-constexpr const char* nullPassed = "NULL pointer passed to Python.";
-constexpr const char* nullReturned = "NULL pointer returned from Python.";
+const std::string nullReturned = "NULL pointer returned from Python.";
 
 inline PyHandle text(const std::string& utf8) { return primitive::pyCreateString(utf8); }
 inline PyHandle integer(std::int64_t value) { return primitive::pyCreateLong(value); }
@@ -107,9 +104,8 @@ class RealPython : public ::testing::Test {
   }
 
   std::string repr(const PyHandle& object) {
-    const PyHandle text =
-        object::pyInvoke(fetch::fetch(u"py.repr").get(), PyArguments{object}, PyKeywords{});
-    return object::pyGetChars(text.get());
+    return object::pyGetChars(
+        object::pyInvoke(fetch::fetch(u"py.repr").get(), PyArguments{object}, PyKeywords{}).get());
   }
   std::string repr(const std::string& expression) { return repr(eval(expression)); }
 
@@ -135,6 +131,13 @@ class RealPython : public ::testing::Test {
     const PyHandle type = sequence::pyGetItem(error.get(), 0);
     if (object::pyIsNone(type.get())) return "None";
     return object::pyGetChars(object::pyGetMember(type.get(), "__name__").get());
+  }
+
+  /// What `action` throws and the type of the error that it leaves pending.
+  template <class Action>
+  std::string failure(Action action) {
+    const std::string message = thrownBy(action);
+    return message + " " + pending();
   }
 
  private:

@@ -1,7 +1,6 @@
 // Loading, starting, closing and starting again on a real interpreter, and what its threads see.
 
 #include <chrono>
-#include <fstream>
 #include <thread>
 
 #include "real_python.h"
@@ -66,14 +65,6 @@ TEST_F(StartUp, OlderNamesWhenTheHostSaysSo) {
   EXPECT_FALSE(type::pyIsExcludedTypeForBuffer("int"));
   EXPECT_EQ(thrownBy([] { module::pyInvokeInt(integer(1).get()); }), nullReturned);  // no `long`
   exception::pyErrorClear();
-}
-
-TEST(Unloadable, LibrariesAreRefusedWithoutATrace) {
-  std::ofstream("text.so") << "no library";
-  for (const char16_t* path : {u"", u"/no/such/library.so", u".", u"./text.so", u"libc.so.6"}) {
-    EXPECT_EQ(loader::attemptToLoadPython(u"3", path, u"", u"", u"", true), -1);
-    EXPECT_FALSE(loader::isPythonLoaded());
-  }
 }
 
 TEST(Refused, VersionTwo) {
