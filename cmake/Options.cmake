@@ -3,6 +3,7 @@
 option(PELION_CORE_EXAMPLES "Build the example hosts" ${PROJECT_IS_TOP_LEVEL})
 option(PELION_CORE_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
 option(PELION_CORE_BENCH "Build the benchmarks" OFF)
+option(PELION_CORE_FUZZ "Build the fuzzers (clang)" OFF)
 option(PELION_CORE_WERROR "Treat warnings as errors" OFF)
 set(PELION_CORE_SANITIZE "" CACHE STRING "Sanitizers for every target, as -fsanitize takes them")
 
@@ -14,6 +15,9 @@ function(pelion_compile target)
     # A product and a sum must round as they are written, on every machine.
     -ffp-contract=off
     $<$<BOOL:${PELION_CORE_WERROR}>:-Werror>)
+  if(PELION_CORE_FUZZ)
+    target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+  endif()
   if(PELION_CORE_SANITIZE)
     set(flags -fsanitize=${PELION_CORE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_compile_options(${target} PRIVATE ${flags})

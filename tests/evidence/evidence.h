@@ -1,0 +1,90 @@
+#pragma once
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "../real/real_python.h"
+#include "every_function.h"
+
+/// Every exported function over a pool of Python objects, on the interpreter under test.
+namespace evidence {
+
+using namespace pelion_core;
+using namespace pelion_core::api;
+
+inline std::vector<every::Function> functions() {
+  std::vector<every::Function> all(std::begin(every::unversioned), std::end(every::unversioned));
+  all.insert(all.end(), std::begin(every::versioned), std::end(every::versioned));
+  return all;
+}
+
+/// How a call ended: empty when it returned, else the message or the name of what it threw.
+template <class Action>
+std::string outcomeOf(Action action) {
+  try {
+    action();
+    return {};
+  } catch (const InternalPyException& failure) {
+    return failure.what();
+  } catch (const fetch::SearchFailure&) {
+    return "SearchFailure";
+  } catch (const std::bad_alloc&) {
+    return "bad_alloc";
+  } catch (const std::exception& other) {
+    return std::string("unexpected: ") + other.what();
+  }
+}
+
+class Evidence : public real::RealPython {
+ protected:
+  void SetUp() override {
+    RealPython::SetUp();
+    if (!hasTables) run("import sys; sys.modules['numpy'] = sys.modules['pandas'] = None");
+    run(R"(
+import array, datetime, gc, sys, types, warnings
+warnings.simplefilter('ignore')
+class Meta(type):
+  def __call__(cls, *args, **kwargs): return 1
+  def __getitem__(cls, key): return 'ab'[key] if isinstance(key, int) else 1
+  def __setitem__(cls, key, value): pass
+  def __len__(cls): return 2
+  def items(cls): return {1: 2}.items()
+  def pop(cls, index): return 1
+class Thing(metaclass=Meta): m = 'member'
+sys.modules['m'] = m = types.ModuleType('m')
+m.a = Thing
+naive = datetime.datetime(2024, 2, 29, 12, 30)
+aware = naive.replace(tzinfo=datetime.timezone(datetime.timedelta(hours=1)))
+delta = datetime.timedelta(1, 2, 3)
+try: import numpy, pandas
+except ImportError: numpy = None
+try: import zoneinfo; zoned = naive.replace(tzinfo=zoneinfo.ZoneInfo('Europe/Berlin'))
+except Exception: zoned = naive
+)");
+    pool = {"'word'",
+            "Thing",
+            "7",
+            "1.5",
+            "b'bytes'",
+            "{'a': 1}",
+            "m",
+            "zoned",
+            "[aware, zoned]",
+            "[delta, delta]",
+            "array.array('d', [1, 2])"};
+    if (!holds("numpy")) return;
+    for (const char* each :
+         {"numpy.array(['2024-02-29', 'NaT'], 'M8[ms]')", "numpy.array([1, 2], 'm8[D]')",
+          "numpy.array([naive, None], object)", "numpy.array([delta, None], object)",
+          "numpy.datetime64('2024-02-29')", "numpy.timedelta64(1, 's')",
+          "pandas.DataFrame({'a': [1, 2]})", "pandas.Series(['x', 'y'])"}) {
+      pool.push_back(each);
+    }
+  }
+
+  bool hasTables = true;          ///< whether NumPy and pandas may be imported
+  std::vector<std::string> pool;  ///< as Python expressions
+};
+
+}  // namespace evidence
