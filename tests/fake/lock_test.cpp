@@ -1,3 +1,6 @@
+#include <mutex>
+#include <thread>
+
 #include "support.h"
 
 namespace {
@@ -50,6 +53,22 @@ TEST_F(AccessorTest, HoldsTheLockOnceForNestedFrames) {
     EXPECT_EQ(runtime.take(), Calls{"PyEval_RestoreThread(state1)"});
   }
   EXPECT_EQ(runtime.take(), Calls{"PyEval_SaveThread()"});
+}
+
+TEST_F(AccessorTest, ServesThreadsThatTakeTurns) {
+  std::mutex turn;
+  PyHandle shared;
+  const auto work = [&] {
+    for (int i = 0; i < 200; ++i) {
+      const std::lock_guard lock(turn);
+      shared = api::primitive::pyCreateLong(i);  // releases what another thread made
+    }
+  };
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) threads.emplace_back(work);
+  for (std::thread& thread : threads) thread.join();
+  shared.reset();
+  EXPECT_TRUE(alive().empty());
 }
 
 }  // namespace
