@@ -46,14 +46,15 @@ TEST_F(StartUpTest, DerivesTheBaseFromAWindowsPath) {
   const std::pair<std::u16string, std::u16string> rows[] = {
       {u"env\\bin\\python3.dll", u"/env"}, {u"env\\lib\\python3.dll", u"/env"},
       {u"a\\bin\\b\\lib\\c\\python3.dll", u"/a\\bin\\b"}, {u"a\\Bin\\python3.dll", u"/a\\Bin"},
-      {u"a\\lib\\b\\bin\\c\\python3.dll", u"/a\\lib\\b"}, {u"a\\bin\\python3.DLL", u""},
+      {u"a\\lib\\b\\bin\\c\\python3.dll", u"/a\\lib\\b"}, {u"a\\bin\\upper3.DLL", u""},
       {u"a\\bin\\libpython3.so", u""}};
   // clang-format on
   const fs::path folder = fs::path(fakePath).parent_path() / u"caf\u00e9 \u65e5\u672c \U0001F40D";
+  fs::remove_all(folder);  // what an earlier run left
   for (const auto& [name, base] : rows) {
     const std::u16string copy = folder.u16string() + u"/" + name;
     fs::create_directories(fs::path(copy).parent_path());
-    fs::copy_file(fs::path(fakePath), copy, fs::copy_options::overwrite_existing);
+    fs::copy_file(fs::path(fakePath), copy);
     const PythonLibHolder library(copy);
     ASSERT_TRUE(library.loaded());
     const std::unique_ptr<python::IPythonAPI> fresh(
