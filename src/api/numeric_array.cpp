@@ -28,7 +28,10 @@ void pyNumericArrayGetData(pyArray* array, std::uint64_t* byteCount, HostLong* i
   pyLongGetDataU(sequence::pyGetItem(info.get(), 0).get(), &address);
   const HostLong count = pyIntGetData(sequence::pyGetItem(info.get(), 1).get());
   // A 32-bit product on purpose: hosts rely on its width.
-  *byteCount = static_cast<std::uint32_t>(count) * static_cast<std::uint32_t>(*itemSize);
+  const std::uint32_t product =
+      static_cast<std::uint32_t>(count) * static_cast<std::uint32_t>(*itemSize);
+  *byteCount = product;
+  // An address that Python tells as an integer. NOLINTNEXTLINE(performance-no-int-to-ptr)
   *data = reinterpret_cast<void*>(static_cast<std::uintptr_t>(address));
 
   *typeCode = copyChars(object::pyGetMember(array, "typecode"))[0];

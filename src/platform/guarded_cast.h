@@ -12,7 +12,7 @@ constexpr Integer guardedCast(double value) {
   constexpr Integer smallest = std::numeric_limits<Integer>::min();
   // Both bounds are powers of two, so exact; what lies between the lower one and the integer below
   // truncates to it.
-  constexpr double lower = static_cast<double>(smallest);
+  constexpr auto lower = static_cast<double>(smallest);
   return value > lower - 1.0 && value < -lower ? static_cast<Integer>(value) : smallest;
 }
 
