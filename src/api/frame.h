@@ -22,6 +22,7 @@ class Frame {
   Frame& operator=(const Frame&) = delete;
 
   PyAPIImpl* operator->() const { return api_; }
+  PyAPIImpl& operator*() const { return *api_; }
 
  private:
   PyAPIImpl* api_;

@@ -18,7 +18,7 @@ struct ReferenceReleaser {
 using Reference = std::unique_ptr<PyObject, ReferenceReleaser>;
 
 inline Reference own(const Frame& api, PyObject* newReference) {
-  return Reference(newReference, ReferenceReleaser{api.operator->()});
+  return Reference(newReference, ReferenceReleaser{&*api});
 }
 
 /// A tuple of the items, each with a reference of its own.

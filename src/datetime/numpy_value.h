@@ -88,7 +88,7 @@ template <class Element, class Number>
 void readElements(const Frame& api, const PyHandle& flat, const std::vector<bool>& nat,
                   Number (PyAPIImpl::*read)(PyObject*), std::vector<Element>& out) {
   for (std::size_t i = 0; i < nat.size(); ++i) {
-    out[i] = nat[i] ? 0 : (api.operator->()->*read)(itemAt(api, flat.get(), i).get());
+    out[i] = nat[i] ? 0 : ((*api).*read)(itemAt(api, flat.get(), i).get());
   }
 }
 

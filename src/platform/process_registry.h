@@ -56,6 +56,8 @@ T& getOrCreate(RegistryScope scope) {
     }
     if (stored != candidate) destroy(candidate);
   }
+  // Not null: findOrInsert answers the candidate or what was there before.
+  // cppcheck-suppress nullPointerRedundantCheck
   return *static_cast<T*>(stored);
 }
 
