@@ -50,10 +50,10 @@ TEST_F(StartUpTest, DerivesTheBaseFromAWindowsPath) {
       {u"a\\bin\\libpython3.so", u""}};
   // clang-format on
   const fs::path folder = fs::path(fakePath).parent_path() / u"caf\u00e9 \u65e5\u672c \U0001F40D";
-  fs::remove_all(folder);  // what an earlier run left
   for (const auto& [name, base] : rows) {
     const std::u16string copy = folder.u16string() + u"/" + name;
     fs::create_directories(fs::path(copy).parent_path());
+    fs::remove(copy);  // of an earlier run
     fs::copy_file(fs::path(fakePath), copy);
     const PythonLibHolder library(copy);
     ASSERT_TRUE(library.loaded());
@@ -64,7 +64,6 @@ TEST_F(StartUpTest, DerivesTheBaseFromAWindowsPath) {
     EXPECT_EQ(control(library).take({"PyObject_SetAttrString(sys, base_p"}),
               Calls{"PyObject_SetAttrString(sys, base_prefix, '" + expected + "')"});
   }
-  fs::remove_all(folder);
 }
 
 using Loader = FakeRuntimeTest;
