@@ -1,5 +1,6 @@
-// Dates and durations taken apart, over arrays of random unit, order, shape and strides, against
-// the calendar and the units in Python's integers.
+// Dates and durations taken apart and made again, over NumPy arrays of random unit, order, shape
+// and strides and over Python's own objects, against the calendar and the units in Python's
+// integers.
 
 #include "host.h"
 
@@ -8,39 +9,38 @@ using namespace primitive;
 
 namespace {
 
-template <class Value>
-PyHandle tuple(const std::vector<Value>& values) {
-  PyArguments items;
-  for (const Value value : values) {
-    if constexpr (std::is_same_v<Value, double>)
-      items.push_back(pyCreateFloat(value));
-    else
-      items.push_back(pyCreateLong(static_cast<std::int64_t>(value)));
-  }
-  return sequence::pyTupleCreate(items);
-}
-
-}  // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static Host python(R"(
+constexpr char model[] = R"(
 import numpy
+from datetime import timedelta
 from fractions import Fraction
 nat = -2**63
-scale = {'W': 604800, 'D': 86400, 'h': 3600, 'm': 60, 's': 1, 'ms': Fraction(1, 10**3),
-         'us': Fraction(1, 10**6), 'ns': Fraction(1, 10**9)}
-def make(data, kind, unit, first, second, layout):
+day = 86400 * 10**9
+scale = {'W': 7 * day, 'D': day, 'h': day // 24, 'm': 60 * 10**9, 's': 10**9, 'ms': 10**6,
+         'us': 1000, 'ns': 1, 'ps': Fraction(1, 10**3), 'fs': Fraction(1, 10**6),
+         'as': Fraction(1, 10**9), 'Y': 31556952 * 10**9, 'M': 30 * day}
+
+def make(data, kind, unit, first, second, layout, objects):
+  # A hundred thousand years; what a datetime holds; what a double holds; all that there is.
+  bound = (min(2**61, int(10**5 * scale['Y'] / scale[unit])) if kind == 'M8' else
+           2**61 if unit in ('h', 'm', 's', 'ms') else 2**53)
+  if objects: bound = 60 * 10**15
   numbers = numpy.frombuffer(data, 'i8')
-  limit = 2**38 if kind == 'M8' else 2**62
-  numbers = numpy.where(numbers == nat, nat, numbers % limit - limit // 2)
-  if kind == 'M8' and unit in ('Y', 'M', 'W', 'D', 'h'): numbers = numpy.where(numbers == nat, nat, numbers % 100000)
-  elif kind == 'M8' and unit in ('ms', 'us', 'ns'): numbers = numpy.where(numbers == nat, nat, numbers * 2**20)
+  numbers = numpy.where(numbers == nat, nat, numbers % (2 * bound) - bound)
   array = numbers.astype('%s[%s]' % (kind, unit)).reshape(first, second, order='CF'[layout & 1])
   if layout & 2: array = array.T
   if layout & 4: array = array[::-1]
   if layout & 8: array = array[:, ::-2]
   if layout & 16: array = array.astype(array.dtype.newbyteorder())
+  if layout & 32: array = array[0]
+  if layout & 64: array = array[..., None]
+  if layout & 128: array = array[(0,) * array.ndim]
   return array
+def flat(array): return numpy.asarray(array).flatten('F')
+def element(array, index): return flat(array)[index % array.size:][:1].reshape(())
+def as_objects(array): return numpy.asarray(array).astype('O')
+def present(array): return flat(array)[~numpy.isnat(flat(array))]
+def first_is_none(array): return array.item(0) is None
+
 def civil(days):  # of the proleptic Gregorian calendar; years begin in March here
   days += 719468
   era, day = divmod(days, 146097)
@@ -49,33 +49,132 @@ def civil(days):  # of the proleptic Gregorian calendar; years begin in March he
   month = (5 * day + 2) // 153
   return year + era * 400 + (month >= 10), (month + 2) % 12 + 1, day - (153 * month + 2) // 5 + 1
 def date(value, unit):
-  if value == nat: return (0,) * 7
   if unit in 'YM':
     months = value if unit == 'M' else value * 12
     return 1970 + months // 12, months % 12 + 1, 1, 0, 0, 0, 0
-  days, rest = divmod(value * scale[unit], 86400)
-  second, fraction = divmod(rest, 1)
-  second = int(second)
-  return civil(int(days)) + (second // 3600, second // 60 % 60, second % 60, float(fraction * 1000))
+  days, rest = divmod(value * scale[unit], day)
+  second, rest = divmod(rest, 10**9)
+  return civil(days) + (second // 3600, second // 60 % 60, second % 60, rest / 1e6)
 def duration(value, unit):
-  if value == nat: return (0,) * 5
-  average = {'Y': 31556952, 'M': 2592000}
   field = {'h': 0, 'm': 1, 's': 2, 'ms': 3}.get(unit, 4)
   result = [0] * 5
-  result[field] = value if field < 4 else float(value * (average.get(unit) or scale[unit]) * 1000)
+  result[field] = value if field < 4 else float(Fraction(value * scale[unit]) / 10**6)
   return tuple(result)
-def near(a, b): return a == b or abs(a - b) <= 1e-12 * max(abs(a), abs(b)) + 2e-13
-def agrees(array, unit, shape, nats, take, *columns):
-  flat = array.flatten('F').astype(array.dtype.newbyteorder('=')).view('i8').tolist()
-  expected = [take(value, unit) for value in flat]
-  return (tuple(shape) == array.shape and list(map(bool, nats)) == [value == nat for value in flat]
-          and all(len(column) == len(flat) for column in columns)
-          and all(near(a, b) for row, got in zip(expected, zip(*columns)) for a, b in zip(row, got)))
-)");
+def timedelta_object(value, unit):
+  span = timedelta(microseconds=value)
+  return span.days * 24, 0, span.seconds, 0, span.microseconds / 1000
+def timedelta_in_list(value, unit): return timedelta_object(value, unit)[::2]
+
+def agrees(rule, unit, array, shape, nats, *columns):
+  ticks = flat(array.astype(array.dtype.newbyteorder('='))).view('i8').tolist()
+  rows = [rule(tick, unit) if tick != nat else (0,) * len(columns) for tick in ticks]
+  return (shape == array.shape and list(nats) == [tick == nat for tick in ticks]
+          and list(zip(*columns)) == rows)
+def remade(dates, made):
+  return ([each.replace(tzinfo=None) for each in made] == dates and
+          [each.utcoffset() for each in made] == ([None, timedelta(hours=-5.5)] * len(made))[:len(made)])
+)";
+
+template <class Number>
+PyHandle tuple(const std::vector<Number>& numbers) {
+  PyArguments items;
+  for (const Number each : numbers) {
+    if constexpr (std::is_same_v<Number, double>)
+      items.push_back(pyCreateFloat(each));
+    else
+      items.push_back(pyCreateLong(static_cast<std::int64_t>(each)));
+  }
+  return sequence::pyTupleCreate(items);
+}
+
+using Shape = std::vector<std::uint64_t>;
+using Nats = std::vector<bool>;
+
+/// What the model says of an array.
+struct Expectation {
+  Host& python;
+  PyHandle rule, unit;
+
+  template <class... Columns>
+  void holds(const PyHandle& array, const Shape& shape, const Nats& nats,
+             const Columns&... columns) const {
+    check(python.holds("agrees", {rule, unit, array, tuple(shape), tuple(nats), tuple(columns)...}),
+          "the components");
+  }
+  template <class... Numbers>
+  void holdsForOne(const PyHandle& array, bool isNaT, Numbers... numbers) const {
+    holds(array, {}, {isNaT}, std::vector<Numbers>{numbers}...);
+  }
+};
+
+void takeDatesApart(const Expectation& expected, const PyHandle& array, const PyHandle& input) {
+  const Datetime64ArrayComponents all(input.get());
+  check(all.isValid(), "valid");
+  expected.holds(array, all.shape().second, all.natIndices(), all.years(), all.months(), all.days(),
+                 all.hours(), all.minutes(), all.seconds(), all.milliseconds());
+}
+
+void takeDurationsApart(const Expectation& expected, const PyHandle& array, const PyHandle& input) {
+  const Timedelta64ArrayComponents all(input.get());
+  check(all.isValid(), "valid");
+  expected.holds(array, all.shape().second, all.natIndices(), all.hours(), all.minutes(),
+                 all.seconds(), all.milliseconds_int(), all.milliseconds());
+}
+
+void takeOneApart(bool isDate, const Expectation& expected, const PyHandle& array,
+                  const PyHandle& input) {
+  if (isDate) {
+    const Datetime64Component one(input.get());
+    check(one.isValid(), "valid");
+    expected.holdsForOne(array, one.isNaT(), one.year(), one.month(), one.day(), one.hour(),
+                         one.minute(), one.second(), one.millisecond());
+  } else {
+    const Timedelta64Component one(input.get());
+    check(one.isValid(), "valid");
+    expected.holdsForOne(array, one.isNaT(), one.hour(), one.minute(), one.second(),
+                         one.millisecond_int(), one.millisecond());
+  }
+}
+
+void takeListsApart(bool isDate, Expectation expected, const PyHandle& present) {
+  Host& python = expected.python;
+  const PyHandle objects = python.call("list", {python.call("as_objects", {present})});
+  const Shape shape = {sequence::pySequenceLength(objects.get())};
+  const Nats none(shape[0]);
+  if (!isDate) {
+    const TimedeltaListComponent spans(objects.get());
+    expected.rule = python.eval("timedelta_in_list");
+    expected.holds(present, shape, none, spans.hours(), spans.seconds(), spans.milliseconds());
+    return;
+  }
+  const DatetimeListComponent dates(objects.get());
+  expected.holds(present, shape, none, dates.years(), dates.months(), dates.days(), dates.hours(),
+                 dates.minutes(), dates.seconds(), dates.milliseconds());
+  PyArguments made;
+  for (std::size_t i = 0; i < shape[0]; ++i) {
+    std::vector<double> host = {double(dates.years()[i]),
+                                double(dates.months()[i]),
+                                double(dates.days()[i]),
+                                double(dates.hours()[i]),
+                                double(dates.minutes()[i]),
+                                dates.seconds()[i] + dates.milliseconds()[i] / 1000,
+                                -19800000};
+    made.push_back(pyCreateDatetime(host, i % 2 == 0));
+  }
+  check(python.holds("remade", {objects, sequence::pyTupleCreate(made)}), "made again");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static Host python(model, "numpy");
   Input input(data, size);
   const bool isDate = input.take() % 2 == 0;
-  const char* const units[] = {"Y", "M", "W", "D", "h", "m", "s", "ms", "us", "ns"};
-  const PyHandle unit = real::text(input.of(units));
+  const bool asObjects = input.take() % 4 == 0;
+  const char* const units[] = {"Y",  "M",  "W",  "D",  "h",  "m", "s",
+                               "ms", "us", "ns", "ps", "fs", "as"};
+  const PyHandle unit =
+      real::text(asObjects ? "us" : units[input.below(isDate ? 10 : std::size(units))]);
   const std::size_t first = 1 + input.below(4), second = 1 + input.below(4);
   const auto layout = input.take();
   std::vector<std::int64_t> values(first * second);
@@ -83,28 +182,26 @@ def agrees(array, unit, shape, nats, take, *columns):
     const std::int64_t corners[] = {0, -1, 1, INT64_MIN, input.take<std::int64_t>()};
     value = corners[input.below(8) % 5];
   }
+  const auto number = [](std::size_t value) { return pyCreateULong(value); };
   const PyHandle array = python.call(
       "make", {python.bytes(values.data(), 8 * values.size()), real::text(isDate ? "M8" : "m8"),
-               unit, real::integer(static_cast<std::int64_t>(first)),
-               real::integer(static_cast<std::int64_t>(second)), real::integer(layout)});
-  PyArguments result = {array, unit};
-  const auto add = [&](const auto&... columns) { (result.push_back(tuple(columns)), ...); };
-  if (isDate) {
-    const Datetime64ArrayComponents parts(array.get());
-    check(parts.isValid(), "valid");
-    add(parts.shape().second, parts.natIndices());
-    result.push_back(python.eval("date"));
-    add(parts.years(), parts.months(), parts.days(), parts.hours(), parts.minutes(),
-        parts.seconds(), parts.milliseconds());
+               unit, number(first), number(second), number(layout), pyCreateBool(asObjects)});
+
+  const char* const rule = isDate ? "date" : asObjects ? "timedelta_object" : "duration";
+  const Expectation expected = {python, python.eval(rule), unit};
+  const auto takeApart = isDate ? takeDatesApart : takeDurationsApart;
+  const PyHandle one = python.call("element", {array, number(input.take())});
+  if (!asObjects) {
+    takeApart(expected, array, array);
+    takeOneApart(isDate, expected, one, one);
   } else {
-    const Timedelta64ArrayComponents parts(array.get());
-    check(parts.isValid(), "valid");
-    add(parts.shape().second, parts.natIndices());
-    result.push_back(python.eval("duration"));
-    add(parts.hours(), parts.minutes(), parts.seconds(), parts.milliseconds_int(),
-        parts.milliseconds());
+    // The first object tells the kind.
+    const PyHandle objects = python.call("as_objects", {array});
+    if (!python.holds("first_is_none", {objects})) takeApart(expected, array, objects);
+    const PyHandle object = python.call("as_objects", {one});
+    if (!python.holds("first_is_none", {object})) takeOneApart(isDate, expected, one, object);
+    takeListsApart(isDate, expected, python.call("present", {array}));
   }
-  check(python.holds("agrees", result), "the components agree");
   check(!exception::pyErrorOccurred(), "no error is pending");
   return 0;
 }

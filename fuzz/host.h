@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <stdexcept>
 
 #include "real/real_python.h"
 
@@ -18,10 +19,19 @@ inline void check(bool holds, const char* what) {
   std::abort();
 }
 
+/// The interpreter lacks what a fuzzer needs.
+struct Skipped : std::runtime_error {
+  using runtime_error::runtime_error;
+};
+
 class Host : public real::RealPython {
  public:
-  explicit Host(const char* prelude) {
+  /// Throws `Skipped` where the module that the fuzzer needs cannot be imported.
+  explicit Host(const char* prelude, const std::string& needed = "builtins") {
     SetUp();
+    if (failure([&] { run("import " + needed); }) != "nothing thrown None") {
+      throw Skipped("no " + needed + " for this interpreter");
+    }
     run(prelude);
   }
   using RealPython::eval;

@@ -33,6 +33,7 @@ inline std::uint64_t u64;
 inline HostLong itemSize;
 inline char typeCode;
 inline void* block;
+inline std::u16string wide;
 inline double re = 1, im = 2;
 inline double milliseconds[] = {1.5, -3e9};
 inline const std::uint64_t dims[] = {2};
@@ -43,6 +44,12 @@ inline PyKeywords pairs(const PyHandle& h) { return {{h, h}, {h, h}}; }
 template <class Type>
 Type& lvalue(Type&& value) {
   return value;
+}
+
+/// The operation reports by its result.
+inline void readBytes(pyArray* o) {
+  if (APIAccessor()->bytesToUString(toPyObject(o), wide) == 0) return;
+  throw InternalPyException("Failure to get data from String.");
 }
 
 #define F(expression)                                                                         \
@@ -104,13 +111,16 @@ inline const Function unversioned[] = {
     F(Datetime64Component{o}), F(Datetime64ArrayComponents{o}), F(DatetimeListComponent{o}),
     F(Timedelta64Component{o}), F(Timedelta64ArrayComponents{o}), F(TimedeltaListComponent{o}),
     F(fetch::fetch(u"py.m.a")),
+    // Operations of the interface that no exported function uses.
+    F(APIAccessor()->PyList_Check(toPyObject(o))), F(APIAccessor()->PyCapsule_Import(u"m.a")),
+    F(readBytes(o)),
 };
 // clang-format on
 
 // These look at the recorded version first.
 inline const Function versioned[] = {F(pyInvokeInt(o)),
-                                       F(pyTypeImplementsCollection(o, "Sequence")),
-                                       F(pyIsExcludedTypeForBuffer("str"))};
+                                     F(pyTypeImplementsCollection(o, "Sequence")),
+                                     F(pyIsExcludedTypeForBuffer("str"))};
 
 #undef F
 

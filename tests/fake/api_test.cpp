@@ -41,38 +41,13 @@ TEST_F(ApiTest, CallsWithVectorsUnderOneLock) {
   EXPECT_EQ(runtime.alive(), (Counts{{"o", 1}, {"PyObject_Call", 1}}));
 }
 
-TEST_F(ApiTest, FetchTriesReadingsInOrder) {
-  const std::string noA = "!PyObject_GetAttr(builtins, 'a')";  // the mark says that it fails
-  // clang-format off
-  const std::tuple<std::u16string, Calls, std::string> rows[] = {
-      {u"py.a.b", {noA.substr(1), "PyObject_GetAttr(builtins:a, 'b')"}, "builtins:a:b"},
-      {u"py.a", {noA}, ""},
-      {u"py.a.b.c", {noA, "PyImport_Import('a')", "!PyObject_GetAttr(a, 'b')",
-                     "PyImport_Import('a.b')", "PyObject_GetAttr(a.b, 'c')"}, "a.b:c"},
-      {u"py.a..b", {noA, "PyImport_Import('a')", "!PyObject_GetAttr(a, '')",
-                    "!PyImport_Import('a.')"}, ""}};
-  // clang-format on
-  for (const auto& [path, calls, result] : rows) {
-    runtime.answers.clear();
-    Calls expected = {"PyImport_Import('builtins')"};
-    for (std::string each : calls) {
-      const bool fails = each[0] == '!';
-      if (fails) runtime.answers[each.erase(0, 1)] = 0;
-      expected.push_back(each);
-      if (fails) expected.push_back("PyErr_Clear()");
-    }
-    std::string found;
-    try {
-      found = toPyObject(fetch::fetch(path).get())->label;
-    } catch (const fetch::SearchFailure&) {
-    }
-    EXPECT_EQ(found, result);
-    EXPECT_EQ(runtime.take({"PyImport_Import", "PyObject_GetAttr", "PyErr_Clear"}), expected);
-    EXPECT_EQ(runtime.alive(), Counts());
+TEST_F(ApiTest, NoFunctionHandsNullOn) {
+  for (const Function& function : unversioned) {
+    failure([&] { function.call(nullptr, PyHandle()); });
+    for (const std::string& call : runtime.take())
+      EXPECT_EQ(call.find("(null"), call.npos) << function.text << ": " << call;
   }
-  for (const char16_t* name : {u"", u"py", u"len", u"PY.len", u".py.len", u" py.len", u"pypy.len"})
-    EXPECT_THROW(fetch::fetch(name), fetch::BadPythonName);
-  EXPECT_EQ(runtime.take(), Calls{}) << "nothing was imported";
+  EXPECT_EQ(failure([] { pyGetMember(nullptr, "m"); }), nullPassed);
 }
 
 template <class Thrown>

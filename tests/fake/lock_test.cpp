@@ -46,15 +46,6 @@ TEST_F(LockTest, ChangesHandsAsTheStateTableSays) {
 
 using AccessorTest = StartedFakeTest;
 
-TEST_F(AccessorTest, HoldsTheLockOnceForNestedFrames) {
-  {
-    const api::APIAccessor outer;
-    EXPECT_EQ(failure([] { api::managed::pyAddReference(nullptr); }), nullPassed);
-    EXPECT_EQ(runtime.take(), Calls{"PyEval_RestoreThread(state1)"});
-  }
-  EXPECT_EQ(runtime.take(), Calls{"PyEval_SaveThread()"});
-}
-
 TEST_F(AccessorTest, ServesThreadsThatTakeTurns) {
   std::mutex turn;
   PyHandle shared;

@@ -1,6 +1,3 @@
-#include <cstring>
-#include <set>
-
 #include "support.h"
 
 namespace {
@@ -40,57 +37,6 @@ TEST(SymbolDecorator, RemembersAMissingName) {
   for (FindSymbolDecorator* failed : {&symbols, &oneName}) {
     EXPECT_NE(failed->findSymbol(holder, "Py_Initialize"), nullptr);
     EXPECT_FALSE(FindSymbolDecorator(*failed).acquired());
-  }
-}
-
-// The tables, looked at as memory.
-
-#define NAME_ONLY(result, name, parameters, arguments, failure) #name,
-#define PELION_PYTHON_TYPE(name) #name "_Type",
-Calls oneNames = {
-#include "pelion_core/loader/python_types.def"
-#define PELION_C_API NAME_ONLY
-#define PELION_C_API_ADAPTED NAME_ONLY
-#include "pelion_core/loader/python_funcs.def"
-};
-Calls threeNames = {
-#define PELION_C_API NAME_ONLY
-#define PELION_C_API_ADAPTED NAME_ONLY
-#include "pelion_core/loader/python_three_funcs.def"
-};
-
-void move(Calls& names, const std::string& name, std::ptrdiff_t by) {
-  const auto from = std::find(names.begin(), names.end(), name);
-  std::rotate(from, from + 1, from + 1 + by);
-}
-
-template <class Table>
-void expectPointers(const Table& table, const Calls& names, const std::u16string& library,
-                    const std::set<std::string>& missing) {
-  EXPECT_EQ(table.acquired(), isMapped(library) && missing.empty());
-  constexpr std::size_t head = sizeof(PythonLibHolder) + sizeof(void*);
-  ASSERT_EQ(sizeof table, head + names.size() * sizeof(void*));
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    void* kept = nullptr;
-    std::memcpy(&kept, reinterpret_cast<const char*>(&table) + head + i * sizeof kept, sizeof kept);
-    EXPECT_EQ(kept, systemSymbol(library, names[i].c_str())) << names[i];
-    EXPECT_EQ(kept == nullptr, !isMapped(library) || missing.count(names[i]) == 1) << names[i];
-  }
-}
-
-TEST(Tables, KeepEveryPointerInStorageOrder) {
-  EXPECT_EQ(oneNames.size() + threeNames.size(), 87U);
-  move(oneNames, "PyEval_InitThreads", 2);
-  move(threeNames, "PySys_AddXOption", 1);
-  const std::set<std::string> lacking = {"PyEval_InitThreads", "PyDict_Type",
-                                         "PyMemoryView_FromMemory"};
-  for (const std::u16string& library : {fakePath, utf16Path(FAKE_LACKING), absentLibrary}) {
-    SCOPED_TRACE(std::filesystem::path(library));
-    const auto missing = library == utf16Path(FAKE_LACKING) ? lacking : std::set<std::string>();
-    const PythonLibHolder holder(library);
-    expectPointers(PythonFuncs(PythonFuncs(holder)), oneNames, library, missing);
-    expectPointers(PythonThreeFuncs(holder), threeNames, library, missing);
-    EXPECT_EQ(PythonThreeFuncs(holder).getLibrary(), library);
   }
 }
 

@@ -1,4 +1,4 @@
-// The object API on a real interpreter: values both ways, calls, containers, names, errors.
+// The object API on a real interpreter: values both ways, calls, containers, errors.
 
 #include <limits>
 
@@ -82,23 +82,8 @@ TEST_F(Core, Questions) {
   EXPECT_FALSE(pyIsInt(integer(1).get()) || pyIsExcludedTypeForBuffer("str"));
 }
 
-TEST_F(Core, Text) {
-  const std::pair<std::u16string, const char*> rows[] = {
-      {u"a\u00e9\u20ac\U0001f40d", "'a\\xe9\\u20ac\\U0001f40d'"},
-      {u"", "''"},
-      {std::u16string(u"a\0b", 3), "'a\\0b'"},
-  };
-  for (const auto& [wide, expression] : rows) {
-    const PyHandle expected = eval(expression);
-    EXPECT_TRUE(pyEqual(pyCreateString(wide).get(), expected.get())) << expression;
-    EXPECT_EQ(get_ustring(expected.get()), wide);
-  }
-  EXPECT_EQ(pyGetChars(text(u8"\u00e9\U0001f40d").get()), std::string(u8"\u00e9\U0001f40d"));
-  EXPECT_EQ(repr(text(std::string("a\0b", 3))), "'a\\x00b'");
-  EXPECT_EQ(repr(pyCreateString(u"\uFEFFab")), "'ab'");
-  EXPECT_EQ(pyGetChars(pyStr(integer(12).get()).get()), std::string("12"));
+TEST_F(Core, TextThatIsNone) {
   EXPECT_EQ(pyGetChars(eval("b'xy'").get()), std::string("xy"));
-
   const PyHandle lone = eval("'\\ud800'");
   EXPECT_EQ(failure([] { text("\xff"); }), nullReturned + " UnicodeDecodeError");
   EXPECT_EQ(failure([] { pyCreateString(std::u16string{0xD800}); }),
@@ -173,28 +158,6 @@ TEST_F(Core, Containers) {
   EXPECT_EQ(repr(pyMappingGetItems(dict.get())), "[('k', 2), ('l', 3)]");
   run("class M:\n  pairs = [(1, 2)]\n  def items(self): return self.pairs\n");
   EXPECT_EQ(pyMappingGetItems(eval("M()").get()), eval("M.pairs"));
-}
-
-TEST_F(Core, DottedNames) {
-  const auto outcome = [](const std::u16string& name) -> std::string {
-    try {
-      return pyGetChars(pyGetMember(fetch::fetch(name).get(), "__name__").get());
-    } catch (const fetch::BadPythonName&) {
-      return "bad";
-    } catch (const fetch::SearchFailure&) {
-      return exception::pyErrorOccurred() ? "pending" : "not found";
-    }
-  };
-  const std::pair<std::u16string, const char*> rows[] = {
-      {u"py.len", "len"},    {u"py.os.path.join", "join"},
-      {u"PY.len", "bad"},    {u"py.xml.etree.ElementTree.parse", "parse"},
-      {u"py", "bad"},        {u"py.no_such.thing", "not found"},
-      {u"len", "bad"},       {u"py.os..path", "not found"},
-      {u"", "bad"},          {u"py.\xD800", "not found"},
-      {u".py.len", "bad"},   {u"py.os", "not found"},
-      {u"py.", "not found"},
-  };
-  for (const auto& [name, expected] : rows) EXPECT_EQ(outcome(name), expected) << expected;
 }
 
 }  // namespace

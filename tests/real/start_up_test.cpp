@@ -1,7 +1,4 @@
-// Loading, starting, closing and starting again on a real interpreter, and what its threads see.
-
-#include <chrono>
-#include <thread>
+// Loading and starting a real interpreter.
 
 #include "real_python.h"
 
@@ -34,28 +31,6 @@ TEST_F(StartUp, SecondLoadIsRefusedAndTakesTheApiAway) {
   EXPECT_EQ(loader::getAPI(), nullptr);
   EXPECT_EQ(thrownBy([] { interpreter::pyIsOpen(); }), "Python API functions are not available.");
   std::_Exit(HasFailure() ? 1 : 0);  // nothing is left that could close the interpreter
-}
-
-TEST_F(StartUp, ClosedAndStartedAgain) {
-  for (int round = 0; round < 3; ++round) {
-    TearDown();
-    EXPECT_TRUE(loader::isPythonLoaded());
-    SetUp();
-    EXPECT_EQ(repr("__import__('json').dumps([1])"), "'[1]'");
-  }
-}
-
-TEST_F(StartUp, PythonThreadsRunBetweenCalls) {
-  run("import threading, time\ncount = 0\nstop = False\n"
-      "def work():\n  global count\n  while not stop:\n    count += 1\n    time.sleep(0.001)\n"
-      "thread = threading.Thread(target=work)\nthread.start()\n");
-  const std::int64_t before = number(eval("count"));
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (number(eval("count")) < before + 20 && std::chrono::steady_clock::now() < deadline) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
-  run("stop = True\nthread.join()");
-  EXPECT_GE(number(eval("count")), before + 20);
 }
 
 TEST_F(StartUp, OlderNamesWhenTheHostSaysSo) {

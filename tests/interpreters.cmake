@@ -1,0 +1,59 @@
+# Finds the interpreters that the tests drive, one name|version|library|program|home each: those of
+# major version 3 into PELION_TEST_INTERPRETERS, older ones into PELION_REFUSED_INTERPRETERS. Finding
+# none is an error where one could be had.
+
+if(CMAKE_CROSSCOMPILING)
+  # PELION_WINDOWS_PYTHON in the environment: folders of Windows Pythons. Wine shows the file system
+  # as drive Z.
+  set(libraries $ENV{PELION_WINDOWS_PYTHON})
+  list(TRANSFORM libraries APPEND /python3?*.dll)
+  file(GLOB libraries ${libraries})
+  foreach(library IN LISTS libraries)
+    string(REGEX REPLACE ".*/python3([0-9]+)[.]dll" "3.\\1" version ${library})
+    cmake_path(GET library PARENT_PATH home)
+    string(APPEND found
+      "${version}-windows;${version};Z:${library};Z:${home}/python.exe;Z:${home}\n")
+  endforeach()
+  if(NOT found)
+    message(STATUS "Left out the tests on a real Python: PELION_WINDOWS_PYTHON names none")
+  endif()
+else()
+  find_program(PELION_PYTHON3 python3 REQUIRED)
+  set(PELION_TEST_ENVIRONMENTS ${PROJECT_SOURCE_DIR}/build/environments CACHE PATH
+      "Virtual environments with NumPy and pandas, one for each interpreter")
+  execute_process(
+    COMMAND ${PELION_PYTHON3} ${PROJECT_SOURCE_DIR}/tools/find_interpreters.py
+            --environments ${PELION_TEST_ENVIRONMENTS}
+    OUTPUT_VARIABLE found COMMAND_ERROR_IS_FATAL ANY)
+  if(NOT found)
+    message(FATAL_ERROR "No Python with a shared runtime library was found: install libpython3-dev.")
+  endif()
+endif()
+string(STRIP "${found}" found)
+string(REPLACE ";" "|" found "${found}")
+string(REPLACE "\n" ";" found "${found}")
+set(PELION_TEST_INTERPRETERS ${found})
+list(FILTER PELION_TEST_INTERPRETERS INCLUDE REGEX "^3\\.")
+set(PELION_REFUSED_INTERPRETERS ${found})
+list(FILTER PELION_REFUSED_INTERPRETERS EXCLUDE REGEX "^3\\.")
+
+# What CTest is told of a test on an interpreter, given as version|library|program|home.
+set(pelion_empty_folder ${PROJECT_BINARY_DIR}/empty)
+file(MAKE_DIRECTORY ${pelion_empty_folder})
+function(pelion_python_properties result interpreter)
+  set(${result} TIMEOUT 300 ENVIRONMENT "PELION_TEST_PYTHON=${interpreter}" PARENT_SCOPE)
+endfunction()
+
+# pelion_python_test(name label interpreter command...): leaves out by the exit code 77.
+function(pelion_python_test name label interpreter)
+  add_test(NAME ${name} COMMAND ${ARGN} WORKING_DIRECTORY ${pelion_empty_folder})
+  pelion_python_properties(properties "${interpreter}")
+  set_tests_properties(${name} PROPERTIES LABELS ${label} SKIP_RETURN_CODE 77 ${properties})
+endfunction()
+
+# pelion_interpreter_of(line name interpreter): the two halves of an entry of the list.
+function(pelion_interpreter_of line name interpreter)
+  string(REGEX MATCH "^([^|]*)[|](.*)" ignored "${line}")
+  set(${name} ${CMAKE_MATCH_1} PARENT_SCOPE)
+  set(${interpreter} "${CMAKE_MATCH_2}" PARENT_SCOPE)
+endfunction()
