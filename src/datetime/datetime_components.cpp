@@ -1,5 +1,6 @@
 #include "pelion_core/datetime/datetime_components.h"
 
+#include <tuple>
 #include <utility>
 
 #include "api/expression.h"
@@ -62,9 +63,7 @@ void takeApart(pyArray* obj, Take take) {
 
 Datetime64Component::Datetime64Component(pyArray* obj) {
   const Frame api;
-  const DatetimeInput input = classifyDatetimeInput(obj, "datetime64");
-  isValid_ = input.valid;
-  isNumpyKind_ = input.numpyKind;
+  std::tie(isValid_, isNumpyKind_) = classifyDatetimeInput(obj, "datetime64");
   if (!isValid_) return;
   if (isNumpyKind_) {
     readNumpy(obj);
@@ -143,9 +142,7 @@ class DatetimeColumns::RowReader {
 
 Datetime64ArrayComponents::Datetime64ArrayComponents(pyArray* arr) {
   const Frame api;
-  const DatetimeInput input = classifyDatetimeInput(arr, "datetime64");
-  isValid_ = input.valid;
-  isNumpyKind_ = input.numpyKind;
+  std::tie(isValid_, isNumpyKind_) = classifyDatetimeInput(arr, "datetime64");
   if (!isValid_) return;
   resize(sizeOf(arr));
   if (isNumpyKind_) {

@@ -29,12 +29,12 @@ std::uint64_t toUnsigned(const PyHandle& integer) {
 
 }  // namespace
 
-DatetimeInput classifyDatetimeInput(pyArray* obj, const std::string& wanted) {
+std::pair<bool, bool> classifyDatetimeInput(pyArray* obj, const std::string& wanted) {
   try {
     const std::string name = dtypeName(obj);
-    if (sizeOf(obj) == 0) return {};
+    if (sizeOf(obj) == 0) return {false, false};
     if (startsWith(name, wanted)) return {true, true};
-    if (!startsWith(name, "object")) return {};
+    if (!startsWith(name, "object")) return {false, false};
 
     const PyHandle first = callMethod(obj, "item", {pyCreateInt(0)});
     const std::string typeName = type::pyTypeZTName(object::pyGetType(first.get()).get());
@@ -43,15 +43,11 @@ DatetimeInput classifyDatetimeInput(pyArray* obj, const std::string& wanted) {
     return {typeName == expected, false};
   } catch (const InternalPyException&) {
     exception::pyErrorClear();
-    return {};
+    return {false, false};
   }
 }
 
 PyHandle isNaT(pyArray* obj) {
-  const std::string name = dtypeName(obj);
-  if (!startsWith(name, "datetime64") && !startsWith(name, "timedelta64")) {
-    return pyCreateBool(false);
-  }
   return call(importMember(u"numpy", "isnat"), {share(obj)});
 }
 

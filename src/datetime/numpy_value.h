@@ -13,17 +13,12 @@
 /// over elements.
 namespace pelion_core::api::primitive {
 
-struct DatetimeInput {
-  bool valid = false;
-  bool numpyKind = false;  ///< holds the NumPy type itself, not Python objects
-};
+/// Whether a NumPy value is valid, which is to hold `wanted` ("datetime64" or "timedelta64") or
+/// objects of the `datetime` type that belongs to it, judged by the first one; and whether it holds
+/// the NumPy type itself. Empty values and failures are not valid.
+std::pair<bool, bool> classifyDatetimeInput(pyArray* obj, const std::string& wanted);
 
-/// Whether a NumPy value holds `wanted` ("datetime64" or "timedelta64") or objects of the
-/// `datetime` type that belongs to it, judged by the first one. Empty values and failures are not
-/// valid.
-DatetimeInput classifyDatetimeInput(pyArray* obj, const std::string& wanted);
-
-/// `numpy.isnat(obj)` of a date or duration, else False.
+/// `numpy.isnat(obj)`.
 PyHandle isNaT(pyArray* obj);
 
 /// The unit in `obj.dtype.name`: "ms" of "timedelta64[ms]"; empty when it has none.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <tuple>
 
 #include "api/expression.h"
 #include "datetime/numpy_value.h"
@@ -87,9 +88,7 @@ class TimedeltaReader {
 
 Timedelta64Component::Timedelta64Component(pyArray* obj) {
   const Frame api;
-  const DatetimeInput input = classifyDatetimeInput(obj, "timedelta64");
-  isValid_ = input.valid;
-  isNumpyKind_ = input.numpyKind;
+  std::tie(isValid_, isNumpyKind_) = classifyDatetimeInput(obj, "timedelta64");
   if (!isValid_) return;
   if (isNumpyKind_) {
     readNumpy(obj);
@@ -129,9 +128,7 @@ void Timedelta64Component::readObject(const Frame& api, pyArray* obj) {
 
 Timedelta64ArrayComponents::Timedelta64ArrayComponents(pyArray* arr) {
   const Frame api;
-  const DatetimeInput input = classifyDatetimeInput(arr, "timedelta64");
-  isValid_ = input.valid;
-  isNumpyKind_ = input.numpyKind;
+  std::tie(isValid_, isNumpyKind_) = classifyDatetimeInput(arr, "timedelta64");
   if (!isValid_) return;
 
   const std::uint64_t size = sizeOf(arr);

@@ -1,4 +1,4 @@
-# Compiles `source` against an installed tree and runs it with `runtime`.
+# Compiles `source` against an installed tree and runs it.
 set(flags -I${includedir} -L${libdir} -lpelion_core)
 if(use_pkg_config)
   set(ENV{PKG_CONFIG_PATH} ${libdir}/pkgconfig)
@@ -10,4 +10,4 @@ execute_process(
   COMMAND ${compiler} -std=c++17 -Wall -Wextra -Wpedantic -Werror ${source} ${flags} -o ${output}
   COMMAND_ERROR_IS_FATAL ANY)
 set(ENV{LD_LIBRARY_PATH} ${libdir})
-execute_process(COMMAND ${output} ${runtime} COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${output} COMMAND_ERROR_IS_FATAL ANY)

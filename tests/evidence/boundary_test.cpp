@@ -88,6 +88,7 @@ class Boundary : public ::testing::Test {
         {"empty", u""},
         {"blank", u" "},
         {"missing", u"/no/such/library.so"},
+        {"no Python", u"libc.so.6"},
         {"folder", folder.u16string()},
         {"text", write("text.so", "no library\n")},
         {"nothing in it", write("nothing.so", "")},

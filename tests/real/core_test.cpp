@@ -79,6 +79,8 @@ TEST_F(Core, Questions) {
   EXPECT_FALSE(pyInspect(function, "nosuchname") || pyInspect(function, "getmodule"));
   EXPECT_FALSE(pyIsBuiltin(function.get(), "nosuchname") || pyIsBuiltin(function.get(), "len"));
   EXPECT_TRUE(pyTypeIsSubclass(eval("bool").get(), eval("int").get()));
+  EXPECT_FALSE(APIAccessor()->callInspectPredicate(toPyObject(function.get()), "nosuchname"));
+  EXPECT_EQ(pending(), "AttributeError");
   EXPECT_FALSE(pyIsInt(integer(1).get()) || pyIsExcludedTypeForBuffer("str"));
 }
 
