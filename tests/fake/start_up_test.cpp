@@ -7,11 +7,12 @@ using api::type::pyIsExcludedTypeForBuffer;
 
 /// The stand-in under a path of its own, which counts as another build.
 std::u16string copyOfFake(const std::u16string& name) {
-  const fs::path copy = fs::path(fakePath).parent_path() / u"caf\u00e9 \u65e5\u672c" / name;
-  fs::create_directories(copy.parent_path());
+  const fs::path folder = fs::path(fakePath).parent_path() / u"caf\u00e9 \u65e5\u672c";
+  const std::u16string copy = folder.u16string() + u"/" + name;
+  fs::create_directories(fs::path(copy).parent_path());
   fs::remove(copy);  // of an earlier run
   fs::copy_file(fs::path(fakePath), copy);
-  return copy.u16string();
+  return copy;
 }
 
 Calls expectedStart(const std::string& home, const std::string& path) {
