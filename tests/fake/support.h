@@ -26,23 +26,16 @@ inline std::u16string utf16Path(const std::string& utf8) {
 
 inline const std::u16string fakePath = utf16Path(FAKE_RUNTIME);
 
-/// What the system itself says of an export; null when the library is not in the process.
-inline void* systemSymbol(const std::u16string& library, const char* name) {
+/// Whether the system itself says that the library is in the process.
+inline bool isMapped(const std::u16string& library) {
   const std::filesystem::path path(library);
 #if defined(_WIN32)
-  const HMODULE handle = GetModuleHandleW(path.filename().c_str());
-  return handle != nullptr ? reinterpret_cast<void*>(GetProcAddress(handle, name)) : nullptr;
+  return GetModuleHandleW(path.filename().c_str()) != nullptr;
 #else
   void* const handle = dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
-  if (handle == nullptr) return nullptr;
-  void* const symbol = dlsym(handle, name);
-  dlclose(handle);
-  return symbol;
+  if (handle != nullptr) dlclose(handle);
+  return handle != nullptr;
 #endif
-}
-
-inline bool isMapped(const std::u16string& library) {
-  return systemSymbol(library, "fake_control") != nullptr;
 }
 
 inline fake::Runtime& control(const PythonLibHolder& holder) {

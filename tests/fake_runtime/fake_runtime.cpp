@@ -48,6 +48,12 @@ void record(Tag tag, Args... args) {
   runtime.calls.push_back(tag.name + ("(" + list.erase(0, 2)) + ")");
 }
 
+// The one text that need not end in a zero.
+void record(PyUnicode_FromStringAndSize_Tag tag, const char* text, std::int64_t size) {
+  const std::string copy(text, static_cast<std::size_t>(size));
+  runtime.calls.push_back(tag.name + ("(" + copy + ")"));
+}
+
 // What the functions do. A result of type PyObject* is a new object unless an overload below says
 // otherwise.
 
