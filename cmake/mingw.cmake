@@ -19,11 +19,14 @@ if(NOT checking)
   # A program finds a DLL beside itself.
   set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 
-  # The system's own headers must not be seen, so its Boost gets a folder that holds nothing else.
-  set(boost ${CMAKE_BINARY_DIR}/boost)
-  file(MAKE_DIRECTORY ${boost})
-  file(CREATE_LINK /usr/include/boost ${boost}/boost SYMBOLIC)
-  set(Boost_INCLUDE_DIR ${boost} CACHE PATH "Folder that holds only the Boost headers")
+  # The system's own headers must not be seen, so its Boost and CLI11, which are headers alone, get a
+  # folder that holds nothing else.
+  set(headers ${CMAKE_BINARY_DIR}/headers)
+  file(MAKE_DIRECTORY ${headers})
+  foreach(library boost CLI)
+    file(CREATE_LINK /usr/include/${library} ${headers}/${library} SYMBOLIC)
+  endforeach()
+  set(Boost_INCLUDE_DIR ${headers} CACHE PATH "Folder that holds only headers for every system")
 
   set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/wine.sh ${CMAKE_BINARY_DIR}/wine)
 endif()

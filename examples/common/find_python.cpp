@@ -51,7 +51,8 @@ std::string quoted(const std::string& argument) {
 // What a shell command prints; nothing when it cannot be run.
 std::string outputOf(const std::string& command) {
 #if defined(_WIN32)
-  std::FILE* const pipe = _popen(('"' + command + '"').c_str(), "rb");
+  // A host without a console has no input to hand on, and Python does not start with a bad one.
+  std::FILE* const pipe = _popen(('"' + command + " <NUL\"").c_str(), "rb");
 #else
   std::FILE* const pipe = popen(command.c_str(), "r");
 #endif
