@@ -146,6 +146,17 @@ TEST_F(Faults, LeaveEverythingAsDocumented) {
   EXPECT_GT(injected[Fault::Allocation], 0);
 }
 
+TEST(UsageReport, NeverFailsTheHost) {
+  int n = 0;
+  do {
+    const std::u16string version(20, static_cast<char16_t>(u'A' + n));
+    allocations::failing = ++n;
+    loader::sendPythonPkgInfo(version, false, false);
+  } while (allocations::failing == 0);
+  allocations::failing = 0;
+  EXPECT_GT(n, 5);
+}
+
 TEST(EveryFunction, IsInTheTable) {
   std::string table;
   for (const every::Function& function : functions()) table += function.text + std::string("\n");

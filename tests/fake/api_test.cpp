@@ -77,6 +77,10 @@ TEST(Exceptions, KeepTheirTypeAndTextOnTheWay) {
   expectTravels(InternalPyException(""), u"");
   expectTravels(fetch::BadPythonName(), u"std::exception");
   expectTravels(fetch::SearchFailure(), u"std::exception");
+  struct OfAHost : fetch::SearchFailure {
+    std::string message() const { return convert_str(std::u16string(u"caf\u00e9")); }
+  };
+  EXPECT_EQ(OfAHost().message(), "caf\xC3\xA9");
 }
 
 }  // namespace

@@ -49,6 +49,11 @@ TEST_F(Dates, AreMadeInColumnMajorOrder) {
   define("empty", pyCreateTimedelta64(nullptr, 0, 1, none));
   EXPECT_TRUE(holds("empty.shape == (0,) and empty.dtype == 'm8[us]'"));
   EXPECT_EQ(failure([&] { pyCreateDatetime64(texts, 3, 2, dims); }), nullReturned + " ValueError");
+
+  run("array, np.array = np.array, None");
+  PyArguments args;
+  EXPECT_EQ(pyCreateDatetime64Array(args), nullptr);
+  run("np.array = array");
 }
 
 TEST_F(Dates, RoundToTheMicrosecond) {
