@@ -59,7 +59,7 @@ inline void readBytes(pyArray* o) {
 
 // Packed by hand.
 // clang-format off
-inline const Function unversioned[] = {
+inline const Function functions[] = {
     F(pyIsOpen()), F((pyAddReference(o), pyDeleteObject(o))), F(pyErrorClear()),
     F(pyErrorOccurred()), F(pyErrorFetch()), F(pyCreateBool(true)), F(pyCreateInt(1)),
     F(pyCreateLong(1)), F(pyCreateULong(1)), F(pyCreateFloat(1)), F(pyCreateComplex(1, 1)),
@@ -114,13 +114,11 @@ inline const Function unversioned[] = {
     // Operations of the interface that no exported function uses.
     F(APIAccessor()->PyList_Check(toPyObject(o))), F(APIAccessor()->PyCapsule_Import(u"m.a")),
     F(readBytes(o)),
+    // These look at the recorded version first.
+    F(pyInvokeInt(o)), F(pyTypeImplementsCollection(o, "Sequence")),
+    F(pyIsExcludedTypeForBuffer("str")),
 };
 // clang-format on
-
-// These look at the recorded version first.
-inline const Function versioned[] = {F(pyInvokeInt(o)),
-                                     F(pyTypeImplementsCollection(o, "Sequence")),
-                                     F(pyIsExcludedTypeForBuffer("str"))};
 
 #undef F
 

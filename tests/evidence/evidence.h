@@ -13,28 +13,8 @@ namespace evidence {
 using namespace pelion_core;
 using namespace pelion_core::api;
 
-inline std::vector<every::Function> functions() {
-  std::vector<every::Function> all(std::begin(every::unversioned), std::end(every::unversioned));
-  all.insert(all.end(), std::begin(every::versioned), std::end(every::versioned));
-  return all;
-}
-
-/// How a call ended: empty when it returned, else the message or the name of what it threw.
-template <class Action>
-std::string outcomeOf(Action action) {
-  try {
-    action();
-    return {};
-  } catch (const InternalPyException& failure) {
-    return failure.what();
-  } catch (const fetch::SearchFailure&) {
-    return "SearchFailure";
-  } catch (const std::bad_alloc&) {
-    return "bad_alloc";
-  } catch (const std::exception& other) {
-    return std::string("unexpected: ") + other.what();
-  }
-}
+using every::functions;
+using real::thrownBy;
 
 class Evidence : public real::RealPython {
  protected:

@@ -88,7 +88,7 @@ class Faults : public Evidence {
     const std::int64_t owned = account->owned;
     const std::int64_t calls = account->calls;
     failing = n;
-    Trial trial = {outcomeOf([&] { function.call(object.get(), object); }), false, 0, failing == 0,
+    Trial trial = {thrownBy([&] { function.call(object.get(), object); }), false, 0, failing == 0,
                    account->calls - calls};
     failing = 0;
     trial.pending = exception::pyErrorOccurred();
@@ -99,11 +99,12 @@ class Faults : public Evidence {
 
   /// What is not as it is documented; empty when all is.
   std::string surprise(const Trial& trial, Fault fault, bool pendingAnyway) {
-    const bool returned = trial.outcome.empty();
+    const bool returned = trial.outcome == "nothing thrown";
     const bool leaves = leavingErrors.count(trial.outcome) != 0;
-    const bool documented = returned || leaves || judgements.count(trial.outcome) != 0 ||
-                            trial.outcome == "SearchFailure" ||
-                            (fault == Fault::Allocation && trial.outcome == "bad_alloc");
+    const bool documented =
+        returned || leaves || judgements.count(trial.outcome) != 0 ||
+        trial.outcome == fetch::SearchFailure().what() ||
+        (fault == Fault::Allocation && trial.outcome == std::bad_alloc().what());
     if (!documented) return trial.outcome;
     if (account->locked != 0) return "the lock is not given back";
 
@@ -129,7 +130,7 @@ TEST_F(Faults, LeaveEverythingAsDocumented) {
   std::set<std::string> entered;
   std::map<Fault, int> injected;
   std::vector<std::string> surprises;
-  for (const every::Function& function : functions()) {
+  for (const every::Function& function : functions) {
     for (const std::string& expression : pool) {
       attempt(function, expression, Fault::None, 0);  // caches of the interpreter fill
       const Trial plain = attempt(function, expression, Fault::None, 0);
@@ -160,7 +161,7 @@ TEST_F(Faults, LeaveEverythingAsDocumented) {
 
 TEST(EveryFunction, IsInTheTable) {
   std::string table;
-  for (const every::Function& function : functions()) table += function.text + std::string("\n");
+  for (const every::Function& function : functions) table += function.text + std::string("\n");
   Dl_info library = {};
   ASSERT_NE(dladdr(reinterpret_cast<void*>(&loader::getAPI), &library), 0);
   // Functions by their prefix, and constructors.

@@ -25,7 +25,7 @@ class Leaks : public Evidence {
       return number(object::pyInvoke(total.get(), PyArguments{}, PyKeywords{}));
     };
     const auto round = [&](int i) {
-      outcomeOf([&] { action(i); });
+      thrownBy([&] { action(i); });
       exception::pyErrorClear();
     };
     for (int i = 0; i < 3 * static_cast<int>(pool.size()); ++i) round(i);
@@ -37,7 +37,7 @@ class Leaks : public Evidence {
 };
 
 TEST_F(Leaks, OnlyWhatIsLeftBehindOnPurpose) {
-  for (const every::Function& function : functions()) {
+  for (const every::Function& function : functions) {
     EXPECT_EQ(growth([&](int i) {
                 const PyHandle object = eval(pool[static_cast<std::size_t>(i) % pool.size()]);
                 function.call(object.get(), object);
@@ -45,8 +45,8 @@ TEST_F(Leaks, OnlyWhatIsLeftBehindOnPurpose) {
               0)
         << function.text;
   }
-  std::cout << functions().size() << " functions, " << rounds << " rounds each over " << pool.size()
-            << " objects\n";
+  std::cout << std::size(functions) << " functions, " << rounds << " rounds each over "
+            << pool.size() << " objects\n";
 
   const PyHandle item = eval("object()");
   // The module, the function, the tuple, the object in it, and the result.

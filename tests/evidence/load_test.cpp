@@ -42,15 +42,16 @@ threads = [threading.Thread(target=work, args=(i,)) for i in range(len(counts))]
 sys.setswitchinterval(1e-5)
 for thread in threads: thread.start()
 )");
-  const auto all = functions();
   std::vector<PyHandle> objects;
   for (const std::string& expression : pool) objects.push_back(eval(expression));
   std::mt19937 random(1);
-  const auto pick = [&](const auto& from) -> const auto& { return from[random() % from.size()]; };
+  const auto pick = [&](const auto& from) -> const auto& {
+    return from[random() % std::size(from)];
+  };
   const auto soak = [&](std::int64_t n) {
     for (; n > 0; --n) {
       const PyHandle& object = pick(objects);
-      outcomeOf([&] { pick(all).call(object.get(), object); });
+      thrownBy([&] { pick(functions).call(object.get(), object); });
       exception::pyErrorClear();
     }
   };
