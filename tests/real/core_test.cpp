@@ -58,11 +58,18 @@ TEST_F(Core, Questions) {
     const char *yes, *no;
   } rows[] = {
       {pyIsLong, "True", "1.0"},
+      {pyIsFloat, "1.0", "1"},
+      {pyIsComplex, "1j", "1.0"},
+      {pyIsBool, "True", "1"},
       {pyIsString, "type('S', (str,), {})()", "b'x'"},
       {pyBoolGetData, "'x'", "[]"},
       {pyIsCallable, "len", "3"},
       {pyIsNone, "None", "0"},
       {pyIsSequence, "()", "{}"},
+      {pyTupleCheck, "()", "[]"},
+      {pyIsMapping, "{}", "1"},
+      {pyIsType, "int", "1"},
+      {module::pyIsModule, "datetime", "1"},
       {pyIsDict, "type('D', (dict,), {})()", "[]"},
       {pyTypeIsNumericArray, "__import__('array').array", "int"},
       {pyObjTypeIsDatetime, "D(1, 1, 1)", "datetime.date(1, 1, 1)"},
@@ -74,6 +81,7 @@ TEST_F(Core, Questions) {
       {[](pyArray* o) { return pyTypeIsBuiltin(o, "int"); }, "int", "bool"},
       {[](pyArray* o) { return pyTypeImplementsCollection(o, "Sequence"); }, "list", "1"},
       {[](pyArray* o) { return pyHasMember(o, "real"); }, "1", "''"},
+      {[](pyArray* o) { return pyHasMember(o, text("real").get()); }, "1", "''"},
   };
   for (const auto& row : rows) {
     EXPECT_TRUE(row.test(eval(row.yes).get())) << row.yes;
@@ -127,6 +135,7 @@ TEST_F(Core, CallsAndTheirErrors) {
   EXPECT_EQ(failure([&] { pyBoolGetData(eval("Odd()").get()); }),
             "Introspection API failed. ValueError");
   EXPECT_EQ(repr(pyGetClass(eval("Shy()").get())), repr("Shy"));
+  EXPECT_EQ(repr(pyGetClass(eval("type('Posing', (), {'__class__': int})()").get())), repr("int"));
   PyKeywords none;
   PyArguments operands = {eval("Odd()"), text("whatever")};
   EXPECT_EQ(repr(pyIsEqualOperator(operands, none)), "'whatever'");
