@@ -1,0 +1,77 @@
+"""Changes the library a little, one place at a time, and says which changes no test notices.
+
+    mutate.py SOURCE PRESET COUNT [SEED]
+
+SOURCE is a copy of the project, which is changed and built; PRESET is configured there. The places
+are drawn at random. A change that does not compile or never ends counts as noticed.
+"""
+import pathlib
+import random
+import re
+import subprocess
+import sys
+
+RULES = [(re.compile(pattern), replacement) for pattern, replacement in (
+    (r'"(\w+)"', r'"\1x"'),
+    (r" == ", " != "), (r" != ", " == "),
+    (r" < ", " <= "), (r" > ", " >= "),
+    (r" && ", " || "), (r" \|\| ", " && "),
+    (r" \+ ", " - "), (r" \* ", " / "),
+    (r"\btrue\b", "false"), (r"\bfalse\b", "true"),
+    (r"\bif \((.+)\) ", r"if (!(\1)) "),
+    (r"(?<=return )(api->\w*(?:Check|Has|Is|Rich)\w*\(.*\));", r"!(\1);"),
+    (r"^ +[\w.]+(?:->|\.|::)?\w+\([^{]*\);$", ""),  # a call for its effect
+)]
+TARGETS = ["fake_tests", "pelion_core_real_tests", "pelion_core_faults", "pelion_core_boundary",
+           "replay_names", "replay_text", "replay_components", "replay_calls"]
+TESTS = ["--tests-regex", "debian:|^fake|boundary", "--exclude-regex", r"load\.|example",
+         "--parallel", "2", "--timeout", "60", "--stop-on-failure"]
+
+
+def changes(source):
+    """(path, line number, the line, the line changed) of every change that the rules know."""
+    paths = [path for pattern in ("*.cpp", "*.h") for path in (source / "src").rglob(pattern)]
+    for path in sorted(paths):
+        if path.stem.endswith(("_win32", "_note_posix")):
+            continue
+        for number, line in enumerate(path.read_text().split("\n")):
+            if line.lstrip().startswith(("//", "#", "static_assert")):
+                continue
+            for pattern, replacement in RULES:
+                changed = pattern.sub(replacement, line, count=1)
+                if changed != line:
+                    yield path, number, line, changed
+
+
+def succeeds(source, *command):
+    return subprocess.run(command, cwd=source, stdout=subprocess.DEVNULL,
+                          stderr=subprocess.DEVNULL).returncode == 0
+
+
+def is_noticed(source, preset):
+    build = ("cmake", "--build", "--preset", preset, "--target", *TARGETS)
+    tests = ("ctest", "--test-dir", "build/" + preset, *TESTS)
+    return not succeeds(source, *build) or not succeeds(source, *tests)
+
+
+def main(source, preset, count, seed="1"):
+    source = pathlib.Path(source)
+    if is_noticed(source, preset):
+        sys.exit("The tests fail without any change.")
+    candidates = list(changes(source))
+    chosen = random.Random(seed).sample(candidates, min(int(count), len(candidates)))
+    unnoticed = 0
+    for path, number, line, changed in chosen:
+        original = path.read_text()
+        lines = original.split("\n")
+        lines[number] = changed
+        path.write_text("\n".join(lines))
+        if not is_noticed(source, preset):
+            unnoticed += 1
+            print("%s:%d\n  %s\n  %s" % (path.relative_to(source), number + 1, line.strip(),
+                                         changed.strip() or "(nothing)"), flush=True)
+        path.write_text(original)
+    print("%d of %d possible changes; unnoticed: %d" % (len(chosen), len(candidates), unnoticed))
+
+
+main(*sys.argv[1:])
