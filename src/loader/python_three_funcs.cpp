@@ -5,7 +5,6 @@
 namespace pelion_core {
 
 PythonThreeFuncs::PythonThreeFuncs(const PythonLibHolder& library) : library_(library) {
-  findTypes(library_);
   findFunctions(library_);
 }
 

@@ -60,7 +60,10 @@ TEST_F(ApiTest, NoFunctionHandsNullOn) {
     for (const std::string& call : runtime.take())
       EXPECT_EQ(call.find("(null"), call.npos) << function.text << ": " << call;
   }
-  EXPECT_EQ(failure([] { pyGetMember(nullptr, "m"); }), nullPassed);
+  const PyHandle args = borrowing(runtime.make("args"));
+  EXPECT_EQ(failure([&] { pyInvoke(nullptr, args.get(), nullptr); }), nullPassed);
+  EXPECT_EQ(failure([] { pyInvoke(nullptr, nullptr, nullptr); }),
+            "Arguments required to invoke Python callable.");
 }
 
 template <class Thrown>

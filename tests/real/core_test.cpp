@@ -89,7 +89,7 @@ TEST_F(Core, Questions) {
   }
   const PyHandle function = eval("lambda: 0");
   EXPECT_TRUE(pyInspect(function, "isfunction"));
-  EXPECT_FALSE(pyInspect(function, "nosuchname") || pyInspect(function, "getmodule"));
+  EXPECT_FALSE(pyInspect(function, "nosuchname") || pyInspect(eval("int"), "getmro"));
   EXPECT_FALSE(pyIsBuiltin(function.get(), "nosuchname") || pyIsBuiltin(function.get(), "len"));
   EXPECT_TRUE(pyTypeIsSubclass(eval("bool").get(), eval("int").get()));
   EXPECT_FALSE(APIAccessor()->callInspectPredicate(toPyObject(function.get()), "nosuchname"));

@@ -39,7 +39,7 @@ class PythonThreeFuncs {
 #include "pelion_core/loader/python_three_funcs.def"
 
  private:
-  /// This table binds no type objects; it has the same two steps as `PythonFuncs` all the same.
+  /// The step that `PythonFuncs` has before the functions: this table binds no type objects.
   void findTypes(const PythonLibHolder&) {}
   void findFunctions(const PythonLibHolder& library);
 
