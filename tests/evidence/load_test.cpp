@@ -1,7 +1,6 @@
 // Long use: many mixed calls beside running Python threads, hosts that come from several threads,
 // and many lives of the interpreter. The environment variable PELION_SOAK_CALLS makes it long.
 
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <fstream>
