@@ -45,7 +45,7 @@ int attemptToLoadPython(const std::u16string& version, const std::u16string& lib
   constexpr int alreadyInitialised = -2;
 
   const PythonLibHolder holder(library);
-  if (!holder.loaded()) return notLoaded;
+  if (!holder.startable()) return notLoaded;
   platform::addDllDirectoryOf(library);
 
   const PythonFuncs funcs(holder);

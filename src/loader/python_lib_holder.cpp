@@ -15,6 +15,10 @@ void* PythonLibHolder::findSymbol(const char* name) const {
   return loaded() ? platform::findLibrarySymbol(handle_.get(), name) : nullptr;
 }
 
+bool PythonLibHolder::startable() const {
+  return loaded() && platform::isAloneInSymbolScope(handle_.get());
+}
+
 void PythonLibHolder::keepLoaded() const {
   if (loaded()) platform::pinSharedLibrary(handle_.get());
 }

@@ -19,11 +19,17 @@ void PythonThreeFuncs::Py_SetPath(const std::u16string& path) const {
   Py_SetPath_(platform::toWide(path).c_str());
 }
 
+// The interpreter keeps the pointer: the next value goes into the same buffer where it fits.
 void PythonThreeFuncs::Py_SetPythonHome(const std::u16string& home) const {
   static std::wstring kept;
-  kept = platform::toWide(home);
+  const std::wstring wide = platform::toWide(home);
+  kept.assign(wide);
   Py_SetPythonHome_(kept.c_str());
 }
+
+// The two below are configured once for a process: the first value stays, also for an interpreter
+// that is started later. Every call terminates its buffer before it hands it on, so the buffer
+// gains a zero each time, behind the one where the text ends.
 
 void PythonThreeFuncs::Py_SetProgramName(const std::u16string& name) const {
   static std::wstring kept = platform::toWide(name);

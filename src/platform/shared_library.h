@@ -4,8 +4,8 @@ namespace pelion_core::platform {
 
 /// Loads a shared library by its UTF-8 path. Writes 0 to `error` exactly when a handle comes back.
 ///
-/// Where all libraries share one symbol scope (ELF), two interpreter builds in a process would run
-/// each other's code: there, once a library was pinned, opening any other one is an error.
+/// Where extension modules find the interpreter in one global symbol scope (ELF), the library is
+/// added to it, unless another one was pinned: that one must stay in front.
 void* openSharedLibrary(const char* utf8Path, int* error);
 
 /// The address of an exported symbol, or null. `handle` is not null.
@@ -16,5 +16,10 @@ void closeSharedLibrary(void* handle);
 
 /// Keeps an open library mapped until the process ends, whatever is closed. `handle` is not null.
 void pinSharedLibrary(void* handle);
+
+/// Whether code of this library may run as the process's interpreter: where there is one global
+/// symbol scope (ELF), two builds would run each other's code, so only the pinned one may. `handle`
+/// is not null.
+bool isAloneInSymbolScope(void* handle);
 
 }  // namespace pelion_core::platform

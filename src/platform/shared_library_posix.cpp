@@ -12,16 +12,6 @@ namespace {
 
 void* pinnedLibrary = nullptr;
 
-// dlopen answers the same handle for the same file, and with RTLD_NOLOAD it maps nothing.
-void* reopenPinned(const char* path) {
-  void* const handle = dlopen(path, RTLD_NOW | RTLD_NOLOAD);
-  if (handle != nullptr && handle != pinnedLibrary) {
-    dlclose(handle);
-    return nullptr;
-  }
-  return handle;
-}
-
 // The dynamic linker maps what the headers promise and then touches it: a file that was cut short,
 // by a full disk or a broken download, would end the process with SIGBUS.
 bool isCutShort(const char* path) {
@@ -48,19 +38,14 @@ void* openSharedLibrary(const char* utf8Path, int* error) {
   *error = EINVAL;
   if (*utf8Path == '\0') return nullptr;  // dlopen would answer the main program
 
-  if (pinnedLibrary != nullptr) {
-    void* const handle = reopenPinned(utf8Path);
-    *error = handle != nullptr ? 0 : EBUSY;
-    return handle;
-  }
-
   *error = ENOEXEC;
   if (isCutShort(utf8Path)) return nullptr;
 
   // RTLD_GLOBAL: extension modules look the interpreter's symbols up in the global scope and are
   // not linked against it
   // (https://docs.python.org/3/whatsnew/3.8.html#debug-build-uses-the-same-abi-as-release-build).
-  void* const handle = dlopen(utf8Path, RTLD_NOW | RTLD_GLOBAL);
+  const int scope = pinnedLibrary == nullptr ? RTLD_GLOBAL : RTLD_LOCAL;
+  void* const handle = dlopen(utf8Path, RTLD_NOW | scope);
   *error = handle != nullptr ? 0 : ENOENT;
   return handle;
 }
@@ -73,6 +58,11 @@ void pinSharedLibrary(void* handle) {
   link_map* map = nullptr;
   if (dlinfo(handle, RTLD_DI_LINKMAP, &map) != 0) return;
   pinnedLibrary = dlopen(map->l_name, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
+// dlopen returns the same handle for the same file.
+bool isAloneInSymbolScope(void* handle) {
+  return pinnedLibrary == nullptr || handle == pinnedLibrary;
 }
 
 }  // namespace pelion_core::platform

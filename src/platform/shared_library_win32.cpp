@@ -32,4 +32,7 @@ void pinSharedLibrary(void* handle) {
                      static_cast<LPCWSTR>(handle), &pinned);
 }
 
+// A module is bound to the DLLs that it names.
+bool isAloneInSymbolScope(void*) { return true; }
+
 }  // namespace pelion_core::platform

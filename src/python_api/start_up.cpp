@@ -41,6 +41,8 @@ void PyAPIImpl::initialize(const std::u16string& programName, const std::u16stri
   if (threeFuncs_.acquired()) correctSysPaths(programName, pythonHome);
   funcs_.PyEval_InitThreads();
   lock_.started();
+  // Every major version has an argument list, so the common table decides; the function is bound in
+  // the other one because version 3 takes wide text.
   if (funcs_.acquired()) threeFuncs_.PySys_SetArgv();
 }
 

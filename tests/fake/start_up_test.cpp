@@ -116,6 +116,8 @@ TEST(OtherBuild, StartsOnlyWhereLibrariesHaveScopesOfTheirOwn) {
   ASSERT_EQ(loadFake(), 0);
   api::interpreter::pyClose();
   EXPECT_EQ(loadFake(other), result);
+  const PythonLibHolder opened = copyOfFake(u"opened.dll");
+  EXPECT_TRUE(opened.loaded()) << "opening is not starting";
   EXPECT_TRUE(isMapped(fakePath)) << "a started runtime is never unmapped";
   api::interpreter::pyClose();
   std::u16string sameFile = fakePath;

@@ -23,7 +23,7 @@ namespace pelion_core {
 class PythonFuncs {
  public:
   /// Binds every name, also after one is missing. Throws nothing but std::bad_alloc.
-  PELION_CORE_EXPORT explicit PythonFuncs(const PythonLibHolder& library);
+  PELION_CORE_EXPORT PythonFuncs(const PythonLibHolder& library);
 
   /// Whether every symbol of the table was found.
   bool acquired() const noexcept { return symbols_.acquired(); }

@@ -11,9 +11,10 @@ namespace pelion_core {
 /// copy goes, except that a runtime that was started stays for the life of the process.
 class PythonLibHolder {
  public:
-  /// Loads `library`, a UTF-16 path that is passed to the system as it is (no search, no suffix).
-  /// A failure to load shows only as `loaded() == false`; throws nothing but std::bad_alloc.
-  PELION_CORE_EXPORT explicit PythonLibHolder(const std::u16string& library);
+  /// Loads `library`, a UTF-16 path that is passed to the system as it is: nothing is added to it,
+  /// though the system may search for a bare name. A failure to load shows only as
+  /// `loaded() == false`; throws nothing but std::bad_alloc.
+  PELION_CORE_EXPORT PythonLibHolder(const std::u16string& library);
 
   /// Whether the library is loaded.
   bool loaded() const noexcept { return static_cast<bool>(handle_); }
@@ -23,6 +24,10 @@ class PythonLibHolder {
 
   /// The path exactly as it was given, also after a failed load.
   std::u16string getLibraryName() const { return name_; }
+
+  /// Whether an interpreter of this library can be started: false when nothing is loaded, and on
+  /// ELF systems once another runtime was started, with which it would share its symbols.
+  PELION_CORE_EXPORT bool startable() const;
 
   /// Keeps the library mapped until the process ends, whatever the holders do. Unmapping a runtime
   /// that has started crashes the process when one of its threads still runs at exit.

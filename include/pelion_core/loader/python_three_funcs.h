@@ -24,7 +24,7 @@ namespace pelion_core {
 class PythonThreeFuncs {
  public:
   /// Binds every name, also after one is missing. Throws nothing but std::bad_alloc.
-  PELION_CORE_EXPORT explicit PythonThreeFuncs(const PythonLibHolder& library);
+  PELION_CORE_EXPORT PythonThreeFuncs(const PythonLibHolder& library);
 
   /// Whether every symbol of the table was found.
   bool acquired() const noexcept { return symbols_.acquired(); }

@@ -13,7 +13,7 @@ class PELION_CORE_EXPORT InternalPyException
     : public foundation::Exception<foundation::IInternalException, std::exception> {
  public:
   /// Copies `message`, a zero-terminated UTF-8 text that is not null.
-  explicit InternalPyException(const char* message);
+  InternalPyException(const char* message);
   /// Copies the message, and shares what Boost attached to the other exception.
   InternalPyException(const InternalPyException& other);
   /// As the copy.
