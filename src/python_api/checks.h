@@ -1,7 +1,11 @@
 #pragma once
 
-#include <boost/numeric/conversion/cast.hpp>
 #include <cstdint>
+
+// Hosts catch its overflow classes by their own types, which they must then share with the library.
+#pragma GCC visibility push(default)
+#include <boost/numeric/conversion/cast.hpp>
+#pragma GCC visibility pop
 
 #include "pelion_core/loader/py_object.h"
 

@@ -1,4 +1,4 @@
-#include <boost/exception_ptr.hpp>
+#include <boost/exception/all.hpp>
 
 #include "every_function.h"
 #include "support.h"
@@ -84,10 +84,16 @@ void expectTravels(const Thrown& thrown, const std::u16string& text) {
   }
 }
 
+using Note = boost::error_info<struct NoteTag, int>;
+
 TEST(Exceptions, KeepTheirTypeAndTextOnTheWay) {
   InternalPyException assigned("before");
   assigned = InternalPyException("caf\xC3\xA9 \xF0\x9F\x90\x8D \xC3(");
   expectTravels(assigned, u"caf\u00e9 \U0001F40D \uFFFD(");
+  const InternalPyException& itself = assigned << Note(7);
+  assigned = itself;
+  assigned = std::move(assigned);
+  EXPECT_EQ(*boost::get_error_info<Note>(assigned), 7);
   EXPECT_STREQ(InternalPyException(assigned).what(), "caf\xC3\xA9 \xF0\x9F\x90\x8D \xC3(");
   EXPECT_STREQ(InternalPyException("").what(), "Unknown InternalPyException");
   expectTravels(InternalPyException(""), u"");

@@ -19,8 +19,14 @@ class PELION_CORE_EXPORT IException : public boost::exception_detail::clone_base
   IException() = default;
   IException(const IException&) = default;
   IException(IException&&) = default;
-  IException& operator=(const IException&) = default;
-  IException& operator=(IException&&) = default;
+  /// Shares what Boost attached to the other exception. An exception may be assigned to itself,
+  /// which Boost's own operator does not survive: it releases before it takes.
+  IException& operator=(const IException& other) {
+    if (this != &other) boost::exception::operator=(other);
+    return *this;
+  }
+  /// As the copy.
+  IException& operator=(IException&& other) { return *this = std::as_const(other); }
   ~IException() noexcept override;
 
   /// The message as UTF-8; the pointer lives as long as the object.
@@ -52,7 +58,7 @@ class PELION_CORE_EXPORT IInternalException : public IException {
 /// the standard exception until a derived class overrides `what`. Abstract: `clone` and `rethrow`
 /// belong to the class that is thrown.
 template <class Interface, class Std>
-class Exception : public Interface, public Std {
+class PELION_CORE_EXPORT Exception : public Interface, public Std {
  public:
   Exception() = default;
   Exception(const Exception& other) = default;
