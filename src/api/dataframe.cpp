@@ -12,7 +12,7 @@ using primitive::pyCreateInt;
 using primitive::pyCreateString;
 
 PyHandle pyCheckNullValues(pyArray* object) {
-  return call(importMember(u"pandas", "isnull"), {share(object)});
+  return callOn(importMember(u"pandas", "isnull"), object);
 }
 
 PyHandle pyConvertNumPyDataToList(pyArray* array) { return callMethod(array, "tolist"); }

@@ -20,6 +20,10 @@ PyHandle call(const PyHandle& callable, const PyArguments& args, const PyKeyword
   return object::pyInvoke(callable.get(), args, kwargs);
 }
 
+PyHandle callOn(const PyHandle& callable, pyArray* borrowed) {
+  return call(callable, {share(borrowed)});
+}
+
 PyHandle callMethod(pyArray* object, const char* name, const PyArguments& args,
                     const PyKeywords& kwargs) {
   return call(object::pyGetMember(object, name), args, kwargs);

@@ -20,6 +20,10 @@ PyHandle importMember(const std::u16string& module, const char* name);
 PyHandle call(const PyHandle& callable, const PyArguments& args = {},
               const PyKeywords& kwargs = {});
 
+/// `callable(borrowed)`. The callable is found before the argument is shared, which the arguments
+/// of `call` would leave open.
+PyHandle callOn(const PyHandle& callable, pyArray* borrowed);
+
 /// `object.<name>(*args, **kwargs)`.
 PyHandle callMethod(pyArray* object, const char* name, const PyArguments& args = {},
                     const PyKeywords& kwargs = {});

@@ -3,6 +3,7 @@
 #include "api/expression.h"
 #include "api/wrap.h"
 #include "loader/py_version.h"
+#include "pelion_core/api/object.h"
 
 namespace pelion_core::api::module {
 
@@ -27,7 +28,7 @@ PyHandle pyGetNumpy() { return pyCreateModule(u"numpy"); }
 
 PyHandle pyInvokeInt(pyArray* object) {
   const char* const name = isOlderLine() ? "long" : "int";
-  return callMethod(pyCreateBuiltinsModule().get(), name, {share(object)});
+  return callOn(object::pyGetMember(pyCreateBuiltinsModule().get(), name), object);
 }
 
 }  // namespace pelion_core::api::module

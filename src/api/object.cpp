@@ -110,7 +110,7 @@ bool pyIsBuiltin(pyArray* object, const char* name) {
 
 PyHandle pyGetHash(pyArray* object) {
   const PyHandle builtins = module::pyCreateBuiltinsModule();
-  return callMethod(builtins.get(), "hash", {share(object)});
+  return callOn(pyGetMember(builtins.get(), "hash"), object);
 }
 
 bool pyInspect(PyHandle object, const char* name) {
