@@ -37,3 +37,4 @@
 #include "pelion_core/platform/usage_data.h"
 #include "pelion_core/python_api/internal_py_exception.h"
 #include "pelion_core/python_api/ipython_api.h"
+#include "pelion_core/python_api/lock_state.h"

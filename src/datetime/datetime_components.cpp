@@ -5,6 +5,9 @@
 
 #include "api/expression.h"
 #include "datetime/numpy_value.h"
+#include "datetime/value_members.h"
+#include "datetime/zone_memo.h"
+#include "pelion_core/api/module.h"
 #include "pelion_core/api/object.h"
 #include "pelion_core/api/primitive.h"
 #include "pelion_core/api/sequence.h"
@@ -75,13 +78,18 @@ Datetime64Component::Datetime64Component(pyArray* obj) {
 void Datetime64Component::readNumpy(pyArray* obj) {
   isNaT_ = pyBoolGetData(primitive::isNaT(obj).get());
   if (isNaT_) return;
-  takeApart(obj, [this](Component component, const PyHandle& number) {
+  // An array of one element is no integer to the C API, but Python's `int` takes it.
+  const PyHandle toInt = object::pyGetMember(module::pyCreateBuiltinsModule().get(), "int");
+  takeApart(obj, [&](Component component, const PyHandle& number) {
     if (component == Nanosecond) {
       millisecond_ = pyFloatGetData(number.get()) / nanosecondsPerMillisecond;
-    } else if (component == Second) {
-      second_ = pyIntGetData(number.get());
+      return;
+    }
+    const HostLong count = pyIntGetData(call(toInt, {number}).get());
+    if (component == Second) {
+      second_ = count;
     } else {
-      calendar_[component] = pyIntGetData(number.get());
+      calendar_[component] = count;
     }
   });
 }
@@ -107,16 +115,29 @@ void Datetime64Component::readObject(pyArray* obj) {
   millisecond_ = attributeOrZero("microsecond") / microsecondsPerMillisecond;
 }
 
+PELION_CORE_DEFINE_VALUE_MEMBERS(Datetime64Component)
+std::int32_t Datetime64Component::year() const { return calendar_[Year]; }
+std::int32_t Datetime64Component::month() const { return calendar_[Month]; }
+std::int32_t Datetime64Component::day() const { return calendar_[Day]; }
+std::int32_t Datetime64Component::hour() const { return calendar_[Hour]; }
+std::int32_t Datetime64Component::minute() const { return calendar_[Minute]; }
+double Datetime64Component::second() const { return second_; }
+double Datetime64Component::millisecond() const { return millisecond_; }
+bool Datetime64Component::isNaT() const { return isNaT_; }
+bool Datetime64Component::isValid() const { return isValid_; }
+
 // Columns
 
-void DatetimeColumns::resize(std::size_t size) {
-  for (auto& column : calendar_) column.resize(size);
-  seconds_.resize(size);
-  milliseconds_.resize(size);
+namespace {
+
+void resize(DatetimeColumns& columns, std::size_t size) {
+  for (auto& column : columns.calendar) column.resize(size);
+  columns.seconds.resize(size);
+  columns.milliseconds.resize(size);
 }
 
 /// Fills rows of columns from the attributes of `datetime.datetime` objects.
-class DatetimeColumns::RowReader {
+class RowReader {
  public:
   RowReader(const Frame& api, DatetimeColumns& columns)
       : columns_(columns), second_(api, "second"), microsecond_(api, "microsecond") {
@@ -125,10 +146,10 @@ class DatetimeColumns::RowReader {
 
   void operator()(std::size_t row, PyObject* datetime) const {
     for (std::size_t i = 0; i < calendar_.size(); ++i) {
-      columns_.calendar_[i][row] = calendar_[i](datetime);
+      columns_.calendar[i][row] = calendar_[i](datetime);
     }
-    columns_.seconds_[row] = second_(datetime);
-    columns_.milliseconds_[row] = microsecond_(datetime) / microsecondsPerMillisecond;
+    columns_.seconds[row] = second_(datetime);
+    columns_.milliseconds[row] = microsecond_(datetime) / microsecondsPerMillisecond;
   }
 
  private:
@@ -138,46 +159,76 @@ class DatetimeColumns::RowReader {
   IntAttribute microsecond_;
 };
 
+}  // namespace
+
 // An array
 
 Datetime64ArrayComponents::Datetime64ArrayComponents(pyArray* arr) {
   const Frame api;
   std::tie(isValid_, isNumpyKind_) = classifyDatetimeInput(arr, "datetime64");
   if (!isValid_) return;
-  resize(sizeOf(arr));
+  resize(columns_, sizeOf(arr));
   if (isNumpyKind_) {
-    readNumpy(api, arr);
+    readNumpy(arr);
   } else {
-    readObjects(api, arr);
+    readObjects(arr);
   }
   shape_ = shapeOf(arr);
 }
 
-void Datetime64ArrayComponents::readNumpy(const Frame& api, pyArray* arr) {
+void Datetime64ArrayComponents::readNumpy(pyArray* arr) {
+  const Frame api;
   natIndices_ = natElements(api, arr, numel());
   takeApart(arr, [&](Component component, const PyHandle& numbers) {
     const PyHandle flat = flatten(numbers.get());
     if (component == Nanosecond) {
-      readElements(api, flat, natIndices_, &PyAPIImpl::PyFloat_AsDouble, milliseconds_);
-      for (double& each : milliseconds_) each /= nanosecondsPerMillisecond;
+      readElements(api, flat, natIndices_, &PyAPIImpl::PyFloat_AsDouble, columns_.milliseconds);
+      for (double& each : columns_.milliseconds) each /= nanosecondsPerMillisecond;
     } else if (component == Second) {
-      readElements(api, flat, natIndices_, &PyAPIImpl::PyFloat_AsDouble, seconds_);
+      readElements(api, flat, natIndices_, &PyAPIImpl::PyFloat_AsDouble, columns_.seconds);
     } else {
-      readElements(api, flat, natIndices_, &PyAPIImpl::intAsLong, calendar_[component]);
+      readElements(api, flat, natIndices_, &PyAPIImpl::intAsLong, columns_.calendar[component]);
     }
   });
 }
 
-void Datetime64ArrayComponents::readObjects(const Frame& api, pyArray* arr) {
+void Datetime64ArrayComponents::readObjects(pyArray* arr) {
+  const Frame api;
   natIndices_.resize(numel());
   const PyHandle objects = astype(astype(arr, u"datetime64[us]").get(), u"object");
   DatetimeModuleTest isFromDatetimeModule;
-  const RowReader readRow(api, *this);
+  const RowReader readRow(api, columns_);
   eachItem(api, flatten(objects.get()).get(), numel(), [&](std::size_t i, PyObject* element) {
     natIndices_[i] = !isFromDatetimeModule(toPyArray(element));
     if (!natIndices_[i]) readRow(i, element);
   });
 }
+
+PELION_CORE_DEFINE_VALUE_MEMBERS(Datetime64ArrayComponents)
+Datetime64ArrayComponents::Datetime64ArrayComponents() = default;
+std::vector<std::int64_t> Datetime64ArrayComponents::years() const {
+  return columns_.calendar[Year];
+}
+std::vector<std::int64_t> Datetime64ArrayComponents::months() const {
+  return columns_.calendar[Month];
+}
+std::vector<std::int64_t> Datetime64ArrayComponents::days() const { return columns_.calendar[Day]; }
+std::vector<std::int64_t> Datetime64ArrayComponents::hours() const {
+  return columns_.calendar[Hour];
+}
+std::vector<std::int64_t> Datetime64ArrayComponents::minutes() const {
+  return columns_.calendar[Minute];
+}
+std::vector<double> Datetime64ArrayComponents::seconds() const { return columns_.seconds; }
+std::vector<double> Datetime64ArrayComponents::milliseconds() const {
+  return columns_.milliseconds;
+}
+std::vector<bool> Datetime64ArrayComponents::natIndices() const { return natIndices_; }
+std::uint64_t Datetime64ArrayComponents::numel() const { return columns_.calendar[Year].size(); }
+std::pair<std::uint64_t, std::vector<std::uint64_t>> Datetime64ArrayComponents::shape() const {
+  return shape_;
+}
+bool Datetime64ArrayComponents::isValid() const { return isValid_; }
 
 // A list
 
@@ -187,19 +238,15 @@ DatetimeListComponent::DatetimeListComponent(pyArray* list) {
   std::uint64_t position = 0;
   if (!type::pyEachObjTypeOfListIsDatetime(list, position)) return;
 
-  resize(size);
+  resize(columns_, size);
   const std::string unread = "Default_Value";
   std::string reference = unread;
   std::string zone;
-  PyHandle tzinfo;
-  const RowReader readRow(api, *this);
+  ZoneMemo zoneOf;
+  const RowReader readRow(api, columns_);
   eachItem(api, list, size, [&](std::size_t i, PyObject* datetime) {
     readRow(i, datetime);
-    // Neighbours mostly share one tzinfo, and so its text, which is costly to find.
-    const PyHandle previous =
-        std::exchange(tzinfo, object::pyGetMember(toPyArray(datetime), "tzinfo"));
-    if (tzinfo == previous) return;
-    zone = object::pyDatetimeGetTimezone(toPyArray(datetime));
+    zone = zoneOf(toPyArray(datetime));
     if (reference == unread) {
       reference = zone;
     } else if (zone != reference) {
@@ -207,6 +254,22 @@ DatetimeListComponent::DatetimeListComponent(pyArray* list) {
     }
   });
   timezone_ = platform::toUtf16(zone);
+}
+
+PELION_CORE_DEFINE_VALUE_MEMBERS(DatetimeListComponent)
+DatetimeListComponent::DatetimeListComponent() = default;
+std::vector<std::int64_t> DatetimeListComponent::years() const { return columns_.calendar[Year]; }
+std::vector<std::int64_t> DatetimeListComponent::months() const { return columns_.calendar[Month]; }
+std::vector<std::int64_t> DatetimeListComponent::days() const { return columns_.calendar[Day]; }
+std::vector<std::int64_t> DatetimeListComponent::hours() const { return columns_.calendar[Hour]; }
+std::vector<std::int64_t> DatetimeListComponent::minutes() const {
+  return columns_.calendar[Minute];
+}
+std::vector<double> DatetimeListComponent::seconds() const { return columns_.seconds; }
+std::vector<double> DatetimeListComponent::milliseconds() const { return columns_.milliseconds; }
+std::u16string DatetimeListComponent::timezone() const { return timezone_; }
+bool DatetimeListComponent::areTimeZoneElementsOfListSame() const {
+  return areTimeZoneElementsOfListSame_;
 }
 
 }  // namespace pelion_core::api::primitive

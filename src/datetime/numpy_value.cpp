@@ -47,9 +47,7 @@ std::pair<bool, bool> classifyDatetimeInput(pyArray* obj, const std::string& wan
   }
 }
 
-PyHandle isNaT(pyArray* obj) {
-  return call(importMember(u"numpy", "isnat"), {share(obj)});
-}
+PyHandle isNaT(pyArray* obj) { return callOn(importMember(u"numpy", "isnat"), obj); }
 
 std::string unitText(pyArray* obj) {
   const std::string name = dtypeName(obj);

@@ -6,6 +6,7 @@
 
 #include "api/expression.h"
 #include "datetime/numpy_value.h"
+#include "datetime/value_members.h"
 #include "pelion_core/api/object.h"
 #include "pelion_core/api/primitive.h"
 #include "pelion_core/api/sequence.h"
@@ -93,7 +94,7 @@ Timedelta64Component::Timedelta64Component(pyArray* obj) {
   if (isNumpyKind_) {
     readNumpy(obj);
   } else {
-    readObject(api, obj);
+    readObject(obj);
   }
 }
 
@@ -114,8 +115,12 @@ void Timedelta64Component::readNumpy(pyArray* obj) {
   }
 }
 
-void Timedelta64Component::readObject(const Frame& api, pyArray* obj) {
-  const PyHandle value = callMethod(astype(obj, u"object").get(), "item", {pyCreateInt(0)});
+void Timedelta64Component::readObject(pyArray* obj) {
+  const Frame api;
+  PyHandle value = astype(obj, u"object");
+  if (isInstanceOfMember(value.get(), u"numpy", "ndarray")) {
+    value = callMethod(value.get(), "item", {pyCreateInt(0)});
+  }
   isNaT_ = !DatetimeModuleTest()(value.get());
   if (isNaT_) return;
   const TimedeltaParts parts = TimedeltaReader(api)(toPyObject(value.get()));
@@ -123,6 +128,16 @@ void Timedelta64Component::readObject(const Frame& api, pyArray* obj) {
   second_ = parts.seconds;
   millisecond_ = parts.milliseconds;
 }
+
+PELION_CORE_DEFINE_VALUE_MEMBERS(Timedelta64Component)
+std::int64_t Timedelta64Component::hour() const { return hour_; }
+std::int64_t Timedelta64Component::minute() const { return minute_; }
+std::int64_t Timedelta64Component::second() const { return second_; }
+std::int64_t Timedelta64Component::millisecond_int() const { return millisecond_int_; }
+double Timedelta64Component::millisecond() const { return millisecond_; }
+bool Timedelta64Component::isNaT() const { return isNaT_; }
+bool Timedelta64Component::isValid() const { return isValid_; }
+bool Timedelta64Component::isMsInt() const { return unit_ == "ms"; }
 
 // An array
 
@@ -135,14 +150,15 @@ Timedelta64ArrayComponents::Timedelta64ArrayComponents(pyArray* arr) {
   for (auto* counts : {&hours_, &minutes_, &seconds_, &milliseconds_int_}) counts->resize(size);
   milliseconds_.resize(size);
   if (isNumpyKind_) {
-    readNumpy(api, arr);
+    readNumpy(arr);
   } else {
-    readObjects(api, arr);
+    readObjects(arr);
   }
   shape_ = shapeOf(arr);
 }
 
-void Timedelta64ArrayComponents::readNumpy(const Frame& api, pyArray* arr) {
+void Timedelta64ArrayComponents::readNumpy(pyArray* arr) {
+  const Frame api;
   natIndices_ = natElements(api, arr, numel());
   dtypeFlag_ = unitText(arr);
   isMsInt_ = dtypeFlag_ == "ms";
@@ -159,7 +175,8 @@ void Timedelta64ArrayComponents::readNumpy(const Frame& api, pyArray* arr) {
   }
 }
 
-void Timedelta64ArrayComponents::readObjects(const Frame& api, pyArray* arr) {
+void Timedelta64ArrayComponents::readObjects(pyArray* arr) {
+  const Frame api;
   natIndices_.resize(numel());
   const PyHandle objects = astype(astype(arr, u"timedelta64[us]").get(), u"object");
   DatetimeModuleTest isFromDatetimeModule;
@@ -173,6 +190,23 @@ void Timedelta64ArrayComponents::readObjects(const Frame& api, pyArray* arr) {
     milliseconds_[i] = parts.milliseconds;
   });
 }
+
+PELION_CORE_DEFINE_VALUE_MEMBERS(Timedelta64ArrayComponents)
+std::vector<std::int64_t> Timedelta64ArrayComponents::hours() const { return hours_; }
+std::vector<std::int64_t> Timedelta64ArrayComponents::minutes() const { return minutes_; }
+std::vector<std::int64_t> Timedelta64ArrayComponents::seconds() const { return seconds_; }
+std::vector<std::int64_t> Timedelta64ArrayComponents::milliseconds_int() const {
+  return milliseconds_int_;
+}
+std::vector<double> Timedelta64ArrayComponents::milliseconds() const { return milliseconds_; }
+std::vector<bool> Timedelta64ArrayComponents::natIndices() const { return natIndices_; }
+std::string Timedelta64ArrayComponents::dtypeFlag() const { return dtypeFlag_; }
+std::pair<std::uint64_t, std::vector<std::uint64_t>> Timedelta64ArrayComponents::shape() const {
+  return shape_;
+}
+std::uint64_t Timedelta64ArrayComponents::numel() const { return hours_.size(); }
+bool Timedelta64ArrayComponents::isMsInt() const { return isMsInt_; }
+bool Timedelta64ArrayComponents::isValid() const { return isValid_; }
 
 // A list
 
@@ -193,5 +227,11 @@ TimedeltaListComponent::TimedeltaListComponent(pyArray* list) {
     milliseconds_.push_back(parts.milliseconds);
   });
 }
+
+PELION_CORE_DEFINE_VALUE_MEMBERS(TimedeltaListComponent)
+TimedeltaListComponent::TimedeltaListComponent() = default;
+std::vector<std::int64_t> TimedeltaListComponent::hours() const { return hours_; }
+std::vector<std::int64_t> TimedeltaListComponent::seconds() const { return seconds_; }
+std::vector<double> TimedeltaListComponent::milliseconds() const { return milliseconds_; }
 
 }  // namespace pelion_core::api::primitive

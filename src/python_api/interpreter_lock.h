@@ -3,17 +3,10 @@
 #include <cstdint>
 
 #include "pelion_core/loader/python_funcs.h"
+#include "pelion_core/python_api/lock_state.h"
 #include "python_api/checks.h"
 
 namespace pelion_core {
-
-/// How far the interpreter's life has gone, as far as its lock is concerned.
-enum class LockState : std::int32_t {
-  Constructed,  ///< not started by this object: lock operations do nothing
-  Initialised,  ///< just started: the starting thread holds the lock and has not acquired it yet
-  Running,      ///< the lock is managed by depth
-  Finalised,    ///< acquiring still counts, releasing does nothing
-};
 
 /// The interpreter's global lock, taken and given back at the outermost level only. One thread at a
 /// time: the depth is plain and belongs to the process, not to a thread.

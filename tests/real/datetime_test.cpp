@@ -116,6 +116,30 @@ TEST_F(Dates, UnitsMixedObjectsAndWideHours) {
   EXPECT_TRUE(type::pyTypeIsTimedelta64(eval("np.timedelta64").get()));
   EXPECT_FALSE(type::pyTypeIsTimedelta64(eval("timedelta").get()));
   EXPECT_EQ(TimedeltaListComponent(eval("[timedelta(10**8)]").get()).hours()[0], -1894967296);
+
+  // One value: an array of one element too, and an object that converts itself.
+  run(R"(
+span = timedelta(1, 3661)
+class Converts:
+  dtype, size = np.dtype(object), 1
+  def item(self, index): return span
+  def astype(self, dtype): return span
+)");
+  for (const char* const one :
+       {"Converts()", "np.array(span, object)", "np.array([span], object)"}) {
+    const Timedelta64Component component(eval(one).get());
+    EXPECT_EQ(component.hour(), 24) << one;
+    EXPECT_EQ(component.second(), 3661) << one;
+  }
+  // What `int` says of an array of one element is NumPy's to decide.
+  const PyHandle single = eval("np.array(['2024-03-15T10:20:30.5'], 'M8[ms]')");
+  if (failure([&] { eval("int(np.array([1]))"); }) == "nothing thrown None") {
+    const Datetime64Component date(single.get());
+    EXPECT_EQ(date.year() * 10000 + date.month() * 100 + date.day(), 20240315);
+    EXPECT_EQ(date.millisecond(), 500);
+  } else {
+    EXPECT_EQ(failure([&] { Datetime64Component{single.get()}; }), nullReturned + " TypeError");
+  }
 }
 
 TEST_F(Dates, Zones) {
@@ -143,6 +167,15 @@ except Exception: berlin = None
   EXPECT_EQ(type::pyDatetimeIsZoneInfoBased(eval("at(berlin)").get()), hasZones);
   EXPECT_EQ(thrownBy([&] { DatetimeListComponent(eval("[at(Odd())]").get()); }),
             "Timezone type not supported.");
+
+  if (hasZones) {  // a zone that names itself anew at every question
+    run("class Moving(ZoneInfo):\n  keys = ['B', 'A', 'A']\n  key = property(lambda z: "
+        "z.keys.pop())"
+        "\nmoving = Moving('Europe/Berlin')");
+    const DatetimeListComponent moved(eval("[at(moving)] * 3").get());
+    EXPECT_EQ(moved.timezone(), u"B");
+    EXPECT_FALSE(moved.areTimeZoneElementsOfListSame());
+  }
 
   run("zones = [offset(hours=h) for h in (0, 1, 0)]");
   EXPECT_EQ(DatetimeListComponent(eval("zones[:2]").get()).timezone(), u"+01:00");

@@ -55,6 +55,10 @@ namespace pelion_core {
 /// `interpreter::pyClose`, and none after the library is unloaded: that is not guarded.
 using PyHandle = boost::shared_ptr<::python::pyArray>;
 
+namespace api {
+using pelion_core::PyHandle;
+}
+
 /// Positional arguments of a call.
 using PyArguments = std::vector<PyHandle>;
 

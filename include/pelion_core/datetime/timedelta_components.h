@@ -6,9 +6,10 @@
 #include <vector>
 
 #include "pelion_core/api/handle.h"
+#include "pelion_core/datetime/value_members.h"
 
 /// @file
-/// Durations taken apart, by the rules that datetime_components.h states for dates.
+/// Durations, decomposed by the rules that datetime_components.h states for dates.
 ///
 /// A NumPy duration is not normalised: its count stands in the one field of its unit (hours,
 /// minutes, seconds, whole milliseconds), and every other unit is converted to `millisecond` with a
@@ -16,41 +17,38 @@
 /// hours, its seconds within the day as seconds, and its microseconds as `millisecond`; its hours
 /// are a 32-bit product, which wraps beyond 89,478,485 days. The host adds the fields up.
 
-namespace pelion_core::api {
-class Frame;
-}
-
 namespace pelion_core::api::primitive {
 
 /// One `timedelta64`, as a scalar or a zero-dimensional array, or an object array with one
 /// `datetime.timedelta`. The fields are zero when the value is not valid or not-a-time.
-class Timedelta64Component {
+class PELION_CORE_EXPORT Timedelta64Component {
  public:
-  /// Takes the value apart.
-  PELION_CORE_EXPORT explicit Timedelta64Component(pyArray* obj);
+  /// Decomposes the value.
+  explicit Timedelta64Component(pyArray* obj);
+  PELION_CORE_VALUE_MEMBERS(Timedelta64Component)
 
   /// The count of a value in hours; the days of a `datetime.timedelta`, as hours.
-  std::int64_t hour() const { return hour_; }
+  std::int64_t hour() const;
   /// The count of a value in minutes.
-  std::int64_t minute() const { return minute_; }
+  std::int64_t minute() const;
   /// The count of a value in seconds; the seconds of a `datetime.timedelta`.
-  std::int64_t second() const { return second_; }
+  std::int64_t second() const;
   /// The count of a value in milliseconds.
-  std::int64_t millisecond_int() const { return millisecond_int_; }
+  std::int64_t millisecond_int() const;
   /// Milliseconds with their fraction: every other unit, and the microseconds of a
   /// `datetime.timedelta`.
-  double millisecond() const { return millisecond_; }
+  double millisecond() const;
   /// Whether the value is not-a-time.
-  bool isNaT() const { return isNaT_; }
-  /// Whether the input was of a kind and unit that this class takes apart.
-  bool isValid() const { return isValid_; }
+  bool isNaT() const;
+  /// Whether the input was of a kind and unit that this class decomposes.
+  bool isValid() const;
   /// Whether the unit is the millisecond, so that the value stands in `millisecond_int`; false for
   /// not-a-time.
-  bool isMsInt() const { return unit_ == "ms"; }
+  bool isMsInt() const;
 
  private:
   void readNumpy(pyArray* obj);
-  void readObject(const Frame& api, pyArray* obj);
+  void readObject(pyArray* obj);
 
   std::int64_t hour_ = 0;
   std::int64_t minute_ = 0;
@@ -66,37 +64,38 @@ class Timedelta64Component {
 /// A `timedelta64` array, or an object array whose first element is a `datetime.timedelta`, where
 /// None reads as not-a-time. The vectors are in column-major order of the array, all of its length,
 /// with zeros for not-a-time and where the unit does not select them. An empty array is not valid.
-class Timedelta64ArrayComponents {
+class PELION_CORE_EXPORT Timedelta64ArrayComponents {
  public:
-  /// Takes every element apart.
-  PELION_CORE_EXPORT explicit Timedelta64ArrayComponents(pyArray* arr);
+  /// Decomposes every element.
+  explicit Timedelta64ArrayComponents(pyArray* arr);
+  PELION_CORE_VALUE_MEMBERS(Timedelta64ArrayComponents)
 
   /// As `Timedelta64Component::hour`.
-  std::vector<std::int64_t> hours() const { return hours_; }
+  std::vector<std::int64_t> hours() const;
   /// The counts of an array in minutes.
-  std::vector<std::int64_t> minutes() const { return minutes_; }
+  std::vector<std::int64_t> minutes() const;
   /// As `Timedelta64Component::second`.
-  std::vector<std::int64_t> seconds() const { return seconds_; }
+  std::vector<std::int64_t> seconds() const;
   /// The counts of an array in milliseconds.
-  std::vector<std::int64_t> milliseconds_int() const { return milliseconds_int_; }
+  std::vector<std::int64_t> milliseconds_int() const;
   /// As `Timedelta64Component::millisecond`.
-  std::vector<double> milliseconds() const { return milliseconds_; }
+  std::vector<double> milliseconds() const;
   /// True where the element is not-a-time.
-  std::vector<bool> natIndices() const { return natIndices_; }
+  std::vector<bool> natIndices() const;
   /// NumPy's text for the unit ("ms"), empty for an object array.
-  std::string dtypeFlag() const { return dtypeFlag_; }
+  std::string dtypeFlag() const;
   /// The array's rank and extents.
-  std::pair<std::uint64_t, std::vector<std::uint64_t>> shape() const { return shape_; }
+  std::pair<std::uint64_t, std::vector<std::uint64_t>> shape() const;
   /// The number of elements.
-  std::uint64_t numel() const { return hours_.size(); }
+  std::uint64_t numel() const;
   /// Whether the unit is the millisecond, so that the values stand in `milliseconds_int`.
-  bool isMsInt() const { return isMsInt_; }
-  /// Whether the input was of a kind and unit that this class takes apart.
-  bool isValid() const { return isValid_; }
+  bool isMsInt() const;
+  /// Whether the input was of a kind and unit that this class decomposes.
+  bool isValid() const;
 
  private:
-  void readNumpy(const Frame& api, pyArray* arr);
-  void readObjects(const Frame& api, pyArray* arr);
+  void readNumpy(pyArray* arr);
+  void readObjects(pyArray* arr);
 
   std::vector<std::int64_t> hours_;
   std::vector<std::int64_t> minutes_;
@@ -113,18 +112,19 @@ class Timedelta64ArrayComponents {
 
 /// A list (any sequence) of `datetime.timedelta`; a list with anything else in it leaves the
 /// vectors empty.
-class TimedeltaListComponent {
+class PELION_CORE_EXPORT TimedeltaListComponent {
  public:
-  TimedeltaListComponent() = default;
-  /// Takes every element apart.
-  PELION_CORE_EXPORT explicit TimedeltaListComponent(pyArray* list);
+  TimedeltaListComponent();
+  /// Decomposes every element.
+  explicit TimedeltaListComponent(pyArray* list);
+  PELION_CORE_VALUE_MEMBERS(TimedeltaListComponent)
 
   /// The days, as hours.
-  std::vector<std::int64_t> hours() const { return hours_; }
+  std::vector<std::int64_t> hours() const;
   /// The seconds within the day.
-  std::vector<std::int64_t> seconds() const { return seconds_; }
+  std::vector<std::int64_t> seconds() const;
   /// The microseconds, as milliseconds.
-  std::vector<double> milliseconds() const { return milliseconds_; }
+  std::vector<double> milliseconds() const;
 
  private:
   std::vector<double> milliseconds_;
