@@ -22,7 +22,7 @@ namespace pelion_core::api::primitive {
 PELION_CORE_EXPORT PyHandle pyCreateNumericArray(std::uint64_t byteCount, char typeCode,
                                                  void* data);
 
-/// Shows the storage of an `array.array`, without a copy.
+/// Exposes the storage of an `array.array`, without a copy. None of the pointers may be null.
 ///
 /// @param array      an `array.array`
 /// @param byteCount  the low 32 bits of the size: a block of 4 GiB reports 0
@@ -39,7 +39,7 @@ PELION_CORE_EXPORT bool pyIsNumericArray(pyArray* object);
 ///
 /// @param data  an array, or what NumPy makes one of
 /// @param ndim  number of dimensions; 0 gives a 0-dimensional array
-/// @param dims  of each only the low 32 bits are taken, with their sign: -1 is the one that NumPy
+/// @param dims  `ndim` elements, read only when there are any; of each only the low 32 bits are taken, with their sign: -1 is the one that NumPy
 ///              infers
 PELION_CORE_EXPORT PyHandle pyReshapeNumpyArray(PyHandle data, std::uint64_t ndim,
                                                 const std::uint64_t* dims);

@@ -29,8 +29,14 @@ PELION_CORE_EXPORT PyHandle pyCreateDatetime64Scalar(std::string& text);
 /// `numpy.array(*args, dtype="datetime64", order="F")`; an empty handle when `numpy.array` is None.
 PELION_CORE_EXPORT PyHandle pyCreateDatetime64Array(std::vector<PyHandle>& args);
 
-/// A `datetime64` array of the first `count` texts, filled in column-major order. Makes one Python
-/// scalar for each element.
+/// A `datetime64` array of strings as `pyCreateDatetime64Scalar` takes them, filled in column-major
+/// order.
+///
+/// @param texts  at least `count` elements, of which the first `count` are read
+/// @param count  number of elements of the array
+/// @param ndims  number of dimensions
+/// @param dims   `ndims` extents, whose product is `count`; sizes that do not match raise
+///               `ValueError`
 PELION_CORE_EXPORT PyHandle pyCreateDatetime64(std::vector<std::string>& texts, std::uint64_t count,
                                                std::uint64_t ndims, std::uint64_t const* dims);
 
@@ -47,8 +53,14 @@ PELION_CORE_EXPORT PyHandle pyCreateTimedelta64Scalar(double milliseconds);
 /// None.
 PELION_CORE_EXPORT PyHandle pyCreateTimedelta64Array(std::vector<PyHandle>& args);
 
-/// A `timedelta64[us]` array of `count` values, filled in column-major order. Makes one Python
-/// scalar for each element.
+/// A `timedelta64[us]` array, filled in column-major order. Each element is rounded as
+/// `pyCreateTimedelta64Scalar` does.
+///
+/// @param values  `count` durations in milliseconds
+/// @param count   number of elements of the array
+/// @param ndims   number of dimensions
+/// @param dims    `ndims` extents, whose product is `count`; sizes that do not match raise
+///                `ValueError`
 PELION_CORE_EXPORT PyHandle pyCreateTimedelta64(double* values, std::uint64_t count,
                                                 std::uint64_t ndims, std::uint64_t const* dims);
 

@@ -47,6 +47,10 @@ struct PELION_CORE_EXPORT DefaultPyModule {
 /// that a shorter beginning of the path names, the shortest first. The last component is always an
 /// attribute, so the name of a module alone is not found.
 ///
+/// Neither of the two failures below carries a message: `what()` is the standard library's bare
+/// "std::exception". Print the name, and by the type that was caught whether its form was wrong or
+/// nothing has that name.
+///
 /// @throws BadPythonName  fewer than two components, or the first is not "py"
 /// @throws SearchFailure  nothing was found; no Python error is pending, imported modules stay
 /// @throws InternalPyException  "Python API functions are not available." before a load

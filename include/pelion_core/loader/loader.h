@@ -15,14 +15,15 @@ namespace loader {
 /// Loads a Python runtime library and starts its interpreter.
 ///
 /// @param version     the interpreter's version text ("3.11"); "2.7" selects older names
-/// @param library     path of the runtime library, passed to the system as it is
+/// @param library     path of the runtime library, passed to the system as it is: nothing is added,
+///                    though the system may search for a bare name
 /// @param executable  path of the Python program, for `sys.executable` (and so for a virtual
 ///                    environment: name its `bin/python`)
 /// @param home        the prefix under which the standard library lies, `sys.base_prefix` of that
 ///                    program. An empty or wrong home ends the *process* inside CPython up to 3.10
 ///                    (a wrong one also later): check it before
 /// @param path        module search path that replaces the computed one; empty to keep that
-/// @param flag        stored for the host
+/// @param flag        recorded beside the version; nothing in the library reads or returns it
 /// @return 0: loaded and started. -1: the library does not load or lacks one of the C API names;
 ///         what was loaded before stays. -2: the interpreter in it is already initialised; the
 ///         library is then without an API. On ELF systems only one build of Python can be started

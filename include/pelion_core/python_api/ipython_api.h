@@ -18,15 +18,18 @@ namespace python {
 /// The single door to the loaded interpreter: the C API with its error conventions turned into
 /// exceptions. One instance per process, made by the loader.
 ///
-/// Every operation but the first seven requires the interpreter lock, taken with `acquireLock` (or
-/// by an `APIAccessor`); none takes it itself. Objects passed in are borrowed; an object returned
-/// is a new reference that the caller releases with `Py_DecRef`.
+/// Every operation requires the interpreter lock, taken with `acquireLock` (or by an `APIAccessor`),
+/// but `initialize`, `Py_IsInitialized` and the two that take and give it back; none takes it
+/// itself. Objects passed in are borrowed; an object returned is a new reference that the caller
+/// releases with `Py_DecRef`.
+///
+/// The order of the operations is the binary interface: new ones are appended.
 ///
 /// All failures are `pelion_core::InternalPyException`; the interpreter's own error stays pending:
 /// - a null object argument: "NULL pointer passed to Python.";
 /// - a null result of the C API: "NULL pointer returned from Python.";
-/// - a test whose C API call answers -1: "Introspection API failed.";
-/// - a setter whose C API call answers -1: "Python API (probably set) failed.".
+/// - a test whose C API call returns -1: "Introspection API failed.";
+/// - a setter whose C API call returns -1: "Python API (probably set) failed.".
 /// Names given as `const char*` are UTF-8, zero-terminated and not checked. A size above 2^63-1
 /// throws `boost::numeric::positive_overflow`.
 class PELION_CORE_EXPORT IPythonAPI {
