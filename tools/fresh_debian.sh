@@ -21,9 +21,9 @@ root=$place/root
 certificates=/etc/ssl/certs/ca-certificates.crt
 rm -rf "$root"
 mkdir -p "$place"
-# The mirror that this machine uses, without its security suite.
-mirror=$(sed -nE 's/^(deb|URIs:).*(https?:[^ ]+).*/\2/p' \
-  /etc/apt/sources.list /etc/apt/sources.list.d/* 2>/dev/null | grep -v security | head -n 1)
+# The mirror that this machine uses, in whichever of the two files names it.
+sources=$(cat /etc/apt/sources.list /etc/apt/sources.list.d/debian.sources 2>/dev/null || true)
+mirror=$(awk '/^(deb|URIs:) .*http/ && !/security/ {print $2; exit}' <<<"$sources")
 mmdebstrap --quiet --variant=minbase --mode=root --include=ca-certificates,git \
   --aptopt='Acquire::Check-Valid-Until "false"' bookworm "$root" "${mirror:-http://deb.debian.org/debian}"
 git clone -q . "$root/root/project"
