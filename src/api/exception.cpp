@@ -1,22 +1,15 @@
 #include "pelion_core/api/exception.h"
 
-#include "api/wrap.h"
+#include "api/reference.h"
 
 namespace pelion_core::api::exception {
 
-void pyErrorClear() {
-  const Frame api;
-  api->PyErr_Clear();
-}
+using namespace detail;
 
-bool pyErrorOccurred() {
-  const Frame api;
-  return api->PyErr_Occurred();
-}
+void pyErrorClear() { perform<&PyAPIImpl::PyErr_Clear>(); }
 
-PyHandle pyErrorFetch() {
-  const Frame api;
-  return wrap(api->fetchError());
-}
+bool pyErrorOccurred() { return perform<&PyAPIImpl::PyErr_Occurred>(); }
+
+PyHandle pyErrorFetch() { return make<&PyAPIImpl::fetchError>(); }
 
 }  // namespace pelion_core::api::exception

@@ -1,47 +1,77 @@
 #include "api/expression.h"
 
-#include "api/wrap.h"
-#include "pelion_core/api/managed.h"
-#include "pelion_core/api/module.h"
-#include "pelion_core/api/object.h"
+#include <vector>
 
-namespace pelion_core::api {
+#include "platform/text.h"
 
-PyHandle share(pyArray* borrowed) {
-  managed::pyAddReference(borrowed);  // first: a handle that cannot be allocated drops a reference
-  return wrap(toPyObject(borrowed));
+namespace pelion_core::detail {
+
+std::uint64_t toSize(Borrowed object) {
+  const std::int64_t value = toInt64(object);
+  if (value < 0) fail("NULL pointer returned from Python.");
+  return static_cast<std::uint64_t>(value);
 }
 
-PyHandle importMember(const std::u16string& module, const char* name) {
-  return object::pyGetMember(module::pyCreateModule(module).get(), name);
+const char* charsOf(Borrowed object) {
+  const Frame api;
+  const auto isBytes = [&] {
+    return falseOnFailure([&] { return isInstance(object, attr(importBuiltins(), "bytes")); });
+  };
+  if (!api->isString(object) && !api->PyUnicode_Check(object) && !isBytes()) {
+    fail("Python object is neither string nor unicode. Cannot return chars.");
+  }
+  return api->getChars(object);
 }
 
-PyHandle call(const PyHandle& callable, const PyArguments& args, const PyKeywords& kwargs) {
-  return object::pyInvoke(callable.get(), args, kwargs);
+std::string chars(Borrowed object) {
+  const char* const text = charsOf(object);
+  if (text == nullptr) fail("NULL pointer returned from Python.");
+  return text;
 }
 
-PyHandle callOn(const PyHandle& callable, pyArray* borrowed) {
-  return call(callable, {share(borrowed)});
+// The order of tests is that of Python 2, as in `get_stdstring`.
+std::u16string ustring(Borrowed text) {
+  const Frame api;
+  std::u16string out;
+  if (api->PyUnicode_Check(text)) {
+    if (api->unicodeToUString(text, out) == -1) fail("Failure to get data from Unicode.");
+    return out;
+  }
+  if (!api->isString(text)) {
+    fail("Python object is neither string nor unicode. Cannot return unicode.");
+  }
+  if (api->bytesToUString(text, out) == -1) fail("Failure to get data from String.");
+  return out;
 }
 
-PyHandle callMethod(pyArray* object, const char* name, const PyArguments& args,
-                    const PyKeywords& kwargs) {
-  return call(object::pyGetMember(object, name), args, kwargs);
+std::string hostModuleName(Borrowed type) {
+  const std::string module = chars(attr(type, "__module__"));
+  const bool builtin = module == platform::toUtf8(perform<&PyAPIImpl::getBuiltinsName>());
+  return builtin ? "py" : "py." + module;
 }
 
-std::string copyChars(const PyHandle& text) {
-  const char* const chars = object::pyGetChars(text.get());
-  if (chars == nullptr) throw InternalPyException("NULL pointer returned from Python.");
-  return chars;
+std::string hostTypeName(Borrowed type) {
+  const std::string name = chars(attr(type, "__name__"));
+  return hostModuleName(type) + "." + name;
 }
 
-bool equalsMember(pyArray* object, const std::u16string& module, const char* name) {
-  return falseOnFailure([&] { return object::pyEqual(object, importMember(module, name).get()); });
+Reference reshape(Borrowed data, std::uint64_t ndim, const std::uint64_t* dims) {
+  const Reference reshape = attr(importModule(u"numpy"), "reshape");
+  std::vector<Reference> shape;
+  shape.reserve(ndim);
+  for (std::uint64_t i = 0; i < ndim; ++i) {
+    shape.push_back(integer(static_cast<std::int32_t>(static_cast<std::uint32_t>(dims[i]))));
+  }
+  const Reference dimensions = newTuple(shape);
+  return reshape({data, dimensions, str(u"F")});
 }
 
-bool isInstanceOfMember(pyArray* object, const std::u16string& module, const char* name) {
-  return falseOnFailure(
-      [&] { return object::pyIsInstance(object, importMember(module, name).get()); });
+bool equalsMember(Borrowed object, const std::u16string& module, const char* name) {
+  return falseOnFailure([&] { return equal(object, attr(importModule(module), name)); });
 }
 
-}  // namespace pelion_core::api
+bool isInstanceOfMember(Borrowed object, const std::u16string& module, const char* name) {
+  return falseOnFailure([&] { return isInstance(object, attr(importModule(module), name)); });
+}
+
+}  // namespace pelion_core::detail

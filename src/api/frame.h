@@ -1,22 +1,29 @@
 #pragma once
 
 #include "loader/instance.h"
+#include "pelion_core/api/handle.h"
 #include "python_api/py_api_impl.h"
 
-namespace pelion_core::api {
+namespace pelion_core::detail {
+
+using python::pyArray;
 
 /// Throws "Python API functions are not available.".
 [[noreturn]] void failWithoutAPI();
+
+/// Takes the interpreter lock and returns what the calls go through.
+[[gnu::always_inline]] inline PyAPIImpl* enter() {
+  if (currentAPI == nullptr) failWithoutAPI();
+  currentAPI->acquireLock();
+  return currentAPI;
+}
 
 /// What `APIAccessor` is for hosts, over the concrete implementation: the frame then inlines to a
 /// load, a test of the lock's depth and the hand-over itself, which is most of what a small
 /// exported function costs.
 class Frame {
  public:
-  [[gnu::always_inline]] Frame() : api_(currentAPI) {
-    if (api_ == nullptr) failWithoutAPI();
-    api_->acquireLock();
-  }
+  [[gnu::always_inline]] Frame() : api_(enter()) {}
   [[gnu::always_inline]] ~Frame() { api_->releaseLock(); }
   Frame(const Frame&) = delete;
   Frame& operator=(const Frame&) = delete;
@@ -28,4 +35,4 @@ class Frame {
   PyAPIImpl* api_;
 };
 
-}  // namespace pelion_core::api
+}  // namespace pelion_core::detail

@@ -1,17 +1,13 @@
 #include "pelion_core/api/interpreter.h"
 
-#include "api/frame.h"
+#include "api/reference.h"
 
 namespace pelion_core::api::interpreter {
 
-void pyClose() {
-  const Frame api;
-  api->Py_Finalize();
-}
+using namespace detail;
 
-bool pyIsOpen() {
-  const Frame api;
-  return api->Py_IsInitialized();
-}
+void pyClose() { perform<&PyAPIImpl::Py_Finalize>(); }
+
+bool pyIsOpen() { return perform<&PyAPIImpl::Py_IsInitialized>(); }
 
 }  // namespace pelion_core::api::interpreter

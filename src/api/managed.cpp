@@ -1,17 +1,13 @@
 #include "pelion_core/api/managed.h"
 
-#include "api/frame.h"
+#include "api/reference.h"
 
 namespace pelion_core::api::managed {
 
-void pyAddReference(pyArray* object) {
-  const Frame api;
-  api->Py_IncRef(toPyObject(object));
-}
+using namespace detail;
 
-void pyDeleteObject(pyArray* object) {
-  const Frame api;
-  api->Py_DecRef(toPyObject(object));
-}
+void pyAddReference(pyArray* object) { perform<&PyAPIImpl::Py_IncRef>(object); }
+
+void pyDeleteObject(pyArray* object) { perform<&PyAPIImpl::Py_DecRef>(object); }
 
 }  // namespace pelion_core::api::managed

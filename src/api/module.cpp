@@ -1,34 +1,25 @@
 #include "pelion_core/api/module.h"
 
 #include "api/expression.h"
-#include "api/wrap.h"
 #include "loader/py_version.h"
-#include "pelion_core/api/object.h"
 
 namespace pelion_core::api::module {
 
-bool pyIsModule(pyArray* object) {
-  const Frame api;
-  return api->PyModule_Check(toPyObject(object));
-}
+using namespace detail;
 
-PyHandle pyCreateModule(const std::u16string& name) {
-  const Frame api;
-  return wrap(api->importModule(name));
-}
+bool pyIsModule(pyArray* object) { return perform<&PyAPIImpl::PyModule_Check>(object); }
 
-std::u16string pyGetBuiltinsName() {
-  const Frame api;
-  return api->getBuiltinsName();
-}
+PyHandle pyCreateModule(const std::u16string& name) { return make<&PyAPIImpl::importModule>(name); }
 
-PyHandle pyCreateBuiltinsModule() { return pyCreateModule(pyGetBuiltinsName()); }
+std::u16string pyGetBuiltinsName() { return perform<&PyAPIImpl::getBuiltinsName>(); }
+
+PyHandle pyCreateBuiltinsModule() { return make<&PyAPIImpl::importBuiltins>(); }
 
 PyHandle pyGetNumpy() { return pyCreateModule(u"numpy"); }
 
 PyHandle pyInvokeInt(pyArray* object) {
-  const char* const name = isOlderLine() ? "long" : "int";
-  return callOn(object::pyGetMember(pyCreateBuiltinsModule().get(), name), object);
+  const char* const name = isVersionTwo() ? "long" : "int";
+  return attr(importBuiltins(), name)({share(object)});
 }
 
 }  // namespace pelion_core::api::module

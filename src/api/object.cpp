@@ -1,190 +1,102 @@
 #include "pelion_core/api/object.h"
 
 #include "api/expression.h"
-#include "api/reference.h"
-#include "api/wrap.h"
-#include "pelion_core/api/module.h"
-#include "pelion_core/api/primitive.h"
 #include "pelion_core/api/type.h"
 
 namespace pelion_core::api::object {
 
+using namespace detail;
+
 // Members
 
 PyHandle pyGetMember(pyArray* object, pyArray* name) {
-  const Frame api;
-  return wrap(api->PyObject_GetAttr(toPyObject(object), toPyObject(name)));
+  return make<&PyAPIImpl::PyObject_GetAttr>(object, name);
 }
-
 PyHandle pyGetMember(pyArray* object, const char* name) {
-  const Frame api;
-  return wrap(api->PyObject_GetAttrString(toPyObject(object), name));
+  return make<&PyAPIImpl::PyObject_GetAttrString>(object, name);
 }
-
 bool pyHasMember(pyArray* object, pyArray* name) {
-  const Frame api;
-  return api->PyObject_HasAttr(toPyObject(object), toPyObject(name));
+  return perform<&PyAPIImpl::PyObject_HasAttr>(object, name);
 }
-
 bool pyHasMember(pyArray* object, const char* name) {
-  const Frame api;
-  return api->PyObject_HasAttrString(toPyObject(object), name);
+  return perform<&PyAPIImpl::PyObject_HasAttrString>(object, name);
 }
-
 void pySetMember(pyArray* object, pyArray* name, pyArray* value) {
-  const Frame api;
-  api->PyObject_SetAttr(toPyObject(object), toPyObject(name), toPyObject(value));
+  perform<&PyAPIImpl::PyObject_SetAttr>(object, name, value);
 }
 
 // Calls
 
 PyHandle pyInvoke(pyArray* callable, pyArray* args, pyArray* kwargs) {
-  const Frame api;
-  return wrap(api->PyObject_Call(toPyObject(callable), toPyObject(args), toPyObject(kwargs)));
+  return make<&PyAPIImpl::PyObject_Call>(callable, args, kwargs);
 }
 
 PyHandle pyInvoke(pyArray* callable, PyHandle args, PyHandle kwargs) {
-  return pyInvoke(callable, args.get(), kwargs.get());
+  return make<&PyAPIImpl::PyObject_Call>(callable, args, kwargs);
 }
 
 PyHandle pyInvoke(pyArray* callable, const std::vector<PyHandle>& args,
                   const std::vector<std::pair<PyHandle, PyHandle>>& kwargs) {
-  const Frame api;
-  const Reference tuple = newTuple(api, args);
-  const Reference dict = newDict(api, kwargs);
-  return wrap(api->PyObject_Call(toPyObject(callable), tuple.get(), dict.get()));
+  return callWith(callable, args, kwargs);
 }
 
 // Identity and kind
 
-bool pyIsCallable(pyArray* object) {
-  const Frame api;
-  return api->PyCallable_Check(toPyObject(object));
-}
-
-bool pyIsInstance(pyArray* object, pyArray* cls) {
-  const Frame api;
-  return api->PyObject_IsInstance(toPyObject(object), toPyObject(cls));
-}
-
-bool pyIsNone(pyArray* object) {
-  const Frame api;
-  return api->isNone(toPyObject(object));
-}
-
-bool pyIsType(pyArray* object) {
-  const Frame api;
-  return api->PyType_Check(toPyObject(object));
-}
-
-PyHandle pyGetType(pyArray* object) {
-  const Frame api;
-  return wrap(api->PyObject_Type(toPyObject(object)));
-}
-
-PyHandle pyDir(pyArray* object) {
-  const Frame api;
-  return wrap(api->PyObject_Dir(toPyObject(object)));
-}
-
-bool pyEqual(pyArray* left, pyArray* right) {
-  const Frame api;
-  return api->PyObject_RichCompareBool(toPyObject(left), toPyObject(right));
-}
+bool pyIsCallable(pyArray* object) { return perform<&PyAPIImpl::PyCallable_Check>(object); }
+bool pyIsInstance(pyArray* object, pyArray* cls) { return isInstance(object, cls); }
+bool pyIsNone(pyArray* object) { return isNone(object); }
+bool pyIsType(pyArray* object) { return perform<&PyAPIImpl::PyType_Check>(object); }
+PyHandle pyGetType(pyArray* object) { return make<&PyAPIImpl::PyObject_Type>(object); }
+PyHandle pyDir(pyArray* object) { return make<&PyAPIImpl::PyObject_Dir>(object); }
+bool pyEqual(pyArray* left, pyArray* right) { return equal(left, right); }
 
 PyHandle pyGetClass(pyArray* object) {
-  try {
-    return pyGetMember(object, "__class__");
-  } catch (const InternalPyException&) {
-    exception::pyErrorClear();
-    return pyGetType(object);
-  }
+  return orElse([&] { return attr(object, "__class__"); }, [&] { return typeOf(object); });
 }
 
 bool pyIsBuiltin(pyArray* object, const char* name) {
-  return falseOnFailure([&] {
-    const PyHandle builtins = module::pyCreateBuiltinsModule();
-    return pyIsInstance(object, pyGetMember(builtins.get(), name).get());
-  });
+  return falseOnFailure([&] { return isInstance(object, attr(importBuiltins(), name)); });
 }
 
-PyHandle pyGetHash(pyArray* object) {
-  const PyHandle builtins = module::pyCreateBuiltinsModule();
-  return callOn(pyGetMember(builtins.get(), "hash"), object);
-}
+PyHandle pyGetHash(pyArray* object) { return attr(importBuiltins(), "hash")({share(object)}); }
 
 bool pyInspect(PyHandle object, const char* name) {
   return falseOnFailure([&] {
-    const PyHandle result = call(importMember(u"inspect", name), {object});
-    return primitive::pyIsBool(result.get()) && primitive::pyBoolGetData(result.get());
+    const Reference result = attr(importModule(u"inspect"), name)({object});
+    return perform<&PyAPIImpl::PyBool_Check>(result) && toBool(result);
   });
 }
 
 PyHandle pyIsEqualOperator(std::vector<PyHandle>& args,
                            std::vector<std::pair<PyHandle, PyHandle>>& kwargs) {
-  try {
-    PyHandle result = call(importMember(u"operator", "__eq__"), args, kwargs);
-    return pyIsNone(result.get()) ? primitive::pyCreateBool(false) : result;
-  } catch (const InternalPyException&) {
-    exception::pyErrorClear();
-    return primitive::pyCreateBool(false);
-  }
+  const auto no = [] { return boolean(false); };
+  return orElse(
+      [&] {
+        Reference result = callWith(attr(importModule(u"operator"), "__eq__"), args, kwargs);
+        return isNone(result) ? no() : std::move(result);
+      },
+      no);
 }
 
 // Text
 
-PyHandle pyStr(pyArray* object) {
-  const Frame api;
-  return wrap(api->PyObject_Str(toPyObject(object)));
-}
+PyHandle pyStr(pyArray* object) { return make<&PyAPIImpl::PyObject_Str>(object); }
 
-const char* pyGetChars(pyArray* object) {
-  const Frame api;
-  PyObject* const text = toPyObject(object);
-  if (!api->isString(text) && !api->PyUnicode_Check(text) && !pyIsBuiltin(object, "bytes")) {
-    throw InternalPyException("Python object is neither string nor unicode. Cannot return chars.");
-  }
-  return api->getChars(text);
-}
+const char* pyGetChars(pyArray* object) { return charsOf(object); }
 
-// The two readers keep the order of tests that the older interpreter line needs, where a string and
-// a unicode text were different types. Here they are one, so some branches are never taken.
-
+// The order of tests is that of Python 2, where a string and a unicode string were different types.
+// Here they are one, so the last lines are never reached; `ustring` is written the same way.
 std::string get_stdstring(pyArray* object) {
   const Frame api;
   PyObject* const text = toPyObject(object);
-  if (api->PyUnicode_Check(text)) {
-    throw InternalPyException("Failure to get std::string from Unicode.");
-  }
-  if (!api->isString(text)) {
-    throw InternalPyException("Python object is not string. Cannot return std::string.");
-  }
+  if (api->PyUnicode_Check(text)) fail("Failure to get std::string from Unicode.");
+  if (!api->isString(text)) fail("Python object is not string. Cannot return std::string.");
   std::string out;
-  if (api->bytesToString(text, out) == -1) {
-    throw InternalPyException("Failure to get data from String.");
-  }
+  if (api->bytesToString(text, out) == -1) fail("Failure to get data from String.");
   return out;
 }
 
-std::u16string get_ustring(pyArray* object) {
-  const Frame api;
-  PyObject* const text = toPyObject(object);
-  std::u16string out;
-  if (api->PyUnicode_Check(text)) {
-    if (api->unicodeToUString(text, out) == -1) {
-      throw InternalPyException("Failure to get data from Unicode.");
-    }
-    return out;
-  }
-  if (!api->isString(text)) {
-    throw InternalPyException(
-        "Python object is neither string nor unicode. Cannot return unicode.");
-  }
-  if (api->bytesToUString(text, out) == -1) {
-    throw InternalPyException("Failure to get data from String.");
-  }
-  return out;
-}
+std::u16string get_ustring(pyArray* object) { return ustring(object); }
 
 // The host's names
 

@@ -1,38 +1,29 @@
 #include "pelion_core/api/sequence.h"
 
 #include "api/expression.h"
-#include "api/reference.h"
-#include "api/wrap.h"
-#include "pelion_core/api/primitive.h"
-#include "python_api/checks.h"
 
 namespace pelion_core::api::sequence {
 
-using checks::cSize;
+using namespace detail;
 
-bool pyIsSequence(pyArray* object) {
-  const Frame api;
-  return api->PySequence_Check(toPyObject(object));
-}
+bool pyIsSequence(pyArray* object) { return perform<&PyAPIImpl::PySequence_Check>(object); }
 
-bool pyTupleCheck(pyArray* object) {
-  const Frame api;
-  return api->PyTuple_Check(toPyObject(object));
-}
+bool pyTupleCheck(pyArray* object) { return perform<&PyAPIImpl::PyTuple_Check>(object); }
 
 std::uint64_t pySequenceLength(pyArray* object) {
-  const Frame api;
-  return static_cast<std::uint64_t>(api->PySequence_Length(toPyObject(object)));
+  return static_cast<std::uint64_t>(perform<&PyAPIImpl::PySequence_Length>(object));
 }
+
+// The frame comes first: without an API, that is what a size out of range is told, too.
 
 PyHandle pyGetItem(pyArray* sequence, std::uint64_t index) {
   const Frame api;
-  return wrap(api->PySequence_GetItem(toPyObject(sequence), cSize(index)));
+  return make<&PyAPIImpl::PySequence_GetItem>(sequence, cSize(index));
 }
 
 PyHandle pyTupleCreateSize(std::uint64_t size) {
   const Frame api;
-  return wrap(api->PyTuple_New(cSize(size)));
+  return make<&PyAPIImpl::PyTuple_New>(cSize(size));
 }
 
 void pyTupleSetValue(pyArray* tuple, std::uint64_t index, pyArray* value) {
@@ -40,13 +31,11 @@ void pyTupleSetValue(pyArray* tuple, std::uint64_t index, pyArray* value) {
   api->setTupleItem(toPyObject(tuple), cSize(index), toPyObject(value));
 }
 
-PyHandle pyTupleCreate(const std::vector<PyHandle>& items) {
-  const Frame api;
-  return wrap(newTuple(api, items).release());
-}
+PyHandle pyTupleCreate(const std::vector<PyHandle>& items) { return newTuple(items); }
 
 PyHandle pyPopItemFromList(pyArray* list, HostLong index) {
-  return callMethod(list, "pop", {primitive::pyCreateInt(index)});
+  const Reference position = integer(index);
+  return attr(list, "pop")({position});
 }
 
 }  // namespace pelion_core::api::sequence

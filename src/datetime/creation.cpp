@@ -1,39 +1,50 @@
 #include "pelion_core/datetime/creation.h"
 
+#include <algorithm>
 #include <cmath>
 
-#include "api/expression.h"
-#include "pelion_core/api/module.h"
-#include "pelion_core/api/numeric_array.h"
-#include "pelion_core/api/object.h"
-#include "pelion_core/api/primitive.h"
-#include "pelion_core/api/sequence.h"
+#include "datetime/exact_types.h"
 #include "platform/guarded_cast.h"
 #include "platform/text.h"
 
 namespace pelion_core::api::primitive {
 
+using namespace detail;
 using platform::guardedCast;
 
 namespace {
 
-PyHandle createNumpyArray(const PyArguments& args, const std::u16string& dtype) {
-  const PyHandle array = importMember(u"numpy", "array");
-  if (object::pyIsNone(array.get())) return {};
-  return call(array, args,
-              {{pyCreateString(u"dtype"), pyCreateString(dtype)},
-               {pyCreateString(u"order"), pyCreateString(u"F")}});
+const std::u16string dateType = u"datetime64";
+const std::u16string durationType = u"timedelta64[us]";
+
+/// `numpy.array(*args, dtype=dtype, order="F")`; nothing when `numpy.array` is None.
+template <class Args>
+Reference createArray(const Args& args, const std::u16string& dtype) {
+  const Reference array = attr(importModule(u"numpy"), "array");
+  if (isNone(array)) return {};
+  const Reference dtypeName = str(u"dtype");
+  const Reference dtypeText = str(dtype);
+  const Reference orderName = str(u"order");
+  const Reference order = str(u"F");
+  return callWith(array, args,
+                  std::initializer_list<Keyword>{{dtypeName, dtypeText}, {orderName, order}});
 }
 
-/// A shaped array of the scalars that `createScalar` makes of 0 to `count` - 1.
-template <class CreateScalar, class CreateArray>
-PyHandle createShaped(std::uint64_t count, std::uint64_t ndims, const std::uint64_t* dims,
-                      CreateScalar createScalar, CreateArray createArray) {
-  PyArguments scalars;
-  scalars.reserve(count);
-  for (std::uint64_t i = 0; i < count; ++i) scalars.push_back(createScalar(i));
-  PyArguments args = {sequence::pyTupleCreate(scalars)};
-  return pyReshapeNumpyArray(createArray(args), ndims, dims);
+using OneArgument = std::initializer_list<Borrowed>;
+
+/// A tuple of what `create` makes of 0 to `count` - 1. The lock is given up now and then, so that
+/// Python's own threads run beside a long column.
+template <class Create>
+Reference tupleOf(std::uint64_t count, Create create) {
+  constexpr std::uint64_t atATime = 4096;
+  Reference tuple = own<&PyAPIImpl::PyTuple_New>(cSize(count));
+  for (std::uint64_t begin = 0; begin < count; begin += atATime) {
+    const Frame api;
+    for (std::uint64_t i = begin; i < std::min(count, begin + atATime); ++i) {
+      api->setTupleItem(tuple.get(), static_cast<std::int64_t>(i), create(i).get());
+    }
+  }
+  return tuple;
 }
 
 }  // namespace
@@ -42,40 +53,42 @@ PyHandle createShaped(std::uint64_t count, std::uint64_t ndims, const std::uint6
 
 PyHandle pyCreateDatetime(std::vector<double>& components, bool naive) {
   enum : std::size_t { minute = 4, seconds, utcOffset };
-  PyArguments args;
+  std::vector<Reference> args;
   args.reserve(8);
   for (std::size_t i = 0; i <= minute; ++i) {
-    args.push_back(pyCreateInt(guardedCast<HostLong>(components[i])));
+    args.push_back(integer(guardedCast<HostLong>(components[i])));
   }
 
   const double rounded = components[seconds] + 5e-7;
   const auto second = guardedCast<HostLong>(rounded);
   const auto microsecond = guardedCast<HostLong>((rounded - second) * 1e6);
-  args.push_back(pyCreateInt(second));
-  args.push_back(pyCreateInt(microsecond));
+  args.push_back(integer(second));
+  args.push_back(integer(microsecond));
 
-  const PyHandle datetime = module::pyCreateModule(u"datetime");
+  const Reference datetime = importModule(u"datetime");
   if (!naive) {
-    args.push_back(
-        callMethod(datetime.get(), "timezone", {pyCreateTimedelta(components[utcOffset])}));
+    const PyHandle offset = pyCreateTimedelta(components[utcOffset]);
+    args.push_back(attr(datetime, "timezone")({offset}));
   }
-  return callMethod(datetime.get(), "datetime", args);
+  return callWith(attr(datetime, "datetime"), args, std::initializer_list<Keyword>{});
 }
 
 PyHandle pyCreateDatetime64Scalar(std::string& text) {
-  const PyHandle numpy = module::pyGetNumpy();
-  return callMethod(numpy.get(), "datetime64", {pyCreateString(platform::toUtf16(text))});
+  return attr(importModule(u"numpy"), "datetime64")({str(platform::toUtf16(text))});
 }
 
 PyHandle pyCreateDatetime64Array(std::vector<PyHandle>& args) {
-  return createNumpyArray(args, u"datetime64");
+  return createArray(args, dateType);
 }
 
 PyHandle pyCreateDatetime64(std::vector<std::string>& texts, std::uint64_t count,
                             std::uint64_t ndims, std::uint64_t const* dims) {
-  return createShaped(
-      count, ndims, dims, [&](std::uint64_t i) { return pyCreateDatetime64Scalar(texts[i]); },
-      pyCreateDatetime64Array);
+  Reference scalar;
+  const Reference scalars = tupleOf(count, [&](std::uint64_t i) {
+    if (scalar.get() == nullptr) scalar = attr(importModule(u"numpy"), "datetime64");
+    return scalar({str(platform::toUtf16(texts[i]))});
+  });
+  return reshape(createArray(OneArgument{scalars}, dateType), ndims, dims);
 }
 
 // Durations
@@ -84,29 +97,76 @@ PyHandle pyCreateTimedelta(double milliseconds) {
   const auto seconds = guardedCast<std::int64_t>(milliseconds / 1000.0);
   const auto microseconds = guardedCast<std::int64_t>(
       ((milliseconds + 0.0005) / 1000.0 - static_cast<double>(seconds)) * 1e6);
-  const PyKeywords kwargs = {{pyCreateString(u"seconds"), pyCreateLong(seconds)},
-                             {pyCreateString(u"microseconds"), pyCreateLong(microseconds)}};
-  return call(importMember(u"datetime", "timedelta"), {}, kwargs);
+  const Reference secondCount = integer(seconds);
+  const Reference microsecondCount = integer(microseconds);
+  const Reference secondsName = str(u"seconds");
+  const Reference microsecondsName = str(u"microseconds");
+  return attr(importModule(u"datetime"), "timedelta")(
+      {}, {{secondsName, secondCount}, {microsecondsName, microsecondCount}});
 }
 
+namespace {
+
+/// Rounded half away from zero; not-a-time, which is the smallest integer, for what does not fit.
+std::int64_t microsecondsOf(double milliseconds) {
+  return guardedCast<std::int64_t>(std::round(milliseconds * 1000.0));
+}
+
+/// The first argument of `numpy.timedelta64`.
+Reference durationCount(double milliseconds) {
+  return std::isnan(milliseconds) ? str(std::string("NaT")) : integer(microsecondsOf(milliseconds));
+}
+
+/// A flat array of durations, one Python scalar for each.
+Reference durationsOneByOne(const double* values, std::uint64_t count) {
+  Reference scalar;
+  Reference unit;
+  const Reference scalars = tupleOf(count, [&](std::uint64_t i) {
+    const Reference number = durationCount(values[i]);
+    if (unit.get() == nullptr) unit = str(u"us");
+    if (scalar.get() == nullptr) scalar = attr(importModule(u"numpy"), "timedelta64");
+    return scalar({number, unit});
+  });
+  return createArray(OneArgument{scalars}, durationType);
+}
+
+/// Whether NumPy's own functions would be called, which make of a block what they make of scalars.
+bool makesBlocks() {
+  return falseOnFailure([] {
+    const Reference numpy = importModule(u"numpy");
+    return isPlainModule(numpy) &&
+           isFixedType(attr(numpy, "timedelta64"), "numpy", "timedelta64") &&
+           isNumpyArrayFunction(attr(numpy, "array"));
+  });
+}
+
+/// The same array of one block of counts, which NumPy copies.
+Reference durationsAsBlock(const double* values, std::uint64_t count) {
+  std::vector<std::int64_t> counts(count);
+  std::transform(values, values + count, counts.begin(), microsecondsOf);
+  const Reference bytes = own<&PyAPIImpl::PyMemoryView_FromMemory>(
+      count * sizeof(std::int64_t), reinterpret_cast<char*>(counts.data()));
+  const Reference block = attr(bytes, "cast")({str(std::string("q"))});
+  return createArray(OneArgument{block}, durationType);
+}
+
+}  // namespace
+
 PyHandle pyCreateTimedelta64Scalar(double milliseconds) {
-  const PyHandle count =
-      std::isnan(milliseconds)
-          ? pyCreateString(std::string("NaT"))
-          : pyCreateLong(guardedCast<std::int64_t>(std::round(milliseconds * 1000.0)));
-  const PyHandle unit = pyCreateString(u"us");
-  return call(importMember(u"numpy", "timedelta64"), {count, unit});
+  const Reference count = durationCount(milliseconds);
+  const Reference unit = str(u"us");
+  return attr(importModule(u"numpy"), "timedelta64")({count, unit});
 }
 
 PyHandle pyCreateTimedelta64Array(std::vector<PyHandle>& args) {
-  return createNumpyArray(args, u"timedelta64[us]");
+  return createArray(args, durationType);
 }
 
 PyHandle pyCreateTimedelta64(double* values, std::uint64_t count, std::uint64_t ndims,
                              std::uint64_t const* dims) {
-  return createShaped(
-      count, ndims, dims, [&](std::uint64_t i) { return pyCreateTimedelta64Scalar(values[i]); },
-      pyCreateTimedelta64Array);
+  const Reference array = count > 0 && makesBlocks() ? durationsAsBlock(values, count)
+                                                     : durationsOneByOne(values, count);
+  return reshape(array, ndims, dims);
 }
 
 }  // namespace pelion_core::api::primitive

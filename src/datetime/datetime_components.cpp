@@ -1,20 +1,16 @@
 #include "pelion_core/datetime/datetime_components.h"
 
-#include <tuple>
-#include <utility>
-
-#include "api/expression.h"
+#include "datetime/columns.h"
+#include "datetime/count_blocks.h"
+#include "datetime/exact_types.h"
 #include "datetime/numpy_value.h"
+#include "datetime/type_tests.h"
 #include "datetime/value_members.h"
-#include "datetime/zone_memo.h"
-#include "pelion_core/api/module.h"
-#include "pelion_core/api/object.h"
-#include "pelion_core/api/primitive.h"
-#include "pelion_core/api/sequence.h"
-#include "pelion_core/datetime/type_tests.h"
 #include "platform/text.h"
 
 namespace pelion_core::api::primitive {
+
+using namespace detail;
 
 namespace {
 
@@ -26,30 +22,27 @@ enum Component : std::size_t { Year, Month, Day, Hour, Minute, Second, Nanosecon
 constexpr double microsecondsPerMillisecond = 1000.0;
 constexpr double nanosecondsPerMillisecond = 1e6;
 
-PyHandle plus(const PyHandle& value, HostLong number) {
-  return callMethod(value.get(), "__add__", {pyCreateInt(number)});
+Reference plus(Borrowed value, HostLong number) {
+  return attr(value, "__add__")({integer(number)});
 }
 
-PyHandle minus(const PyHandle& value, const PyHandle& start) {
-  return callMethod(value.get(), "__sub__", {start});
-}
+Reference minus(Borrowed value, Borrowed start) { return attr(value, "__sub__")({start}); }
 
 /// Calls `take(component, numbers)` for each component of a `datetime64` scalar or array. NumPy
 /// truncates to a unit downwards, so what is past it counts upwards before 1970 too.
 template <class Take>
-void takeApart(pyArray* obj, Take take) {
-  const PyHandle value = share(obj);
-  const auto floor = [obj](const std::u16string& unit) {
-    return astype(obj, u"M8[" + unit + u"]");
+void decompose(Borrowed value, Take take) {
+  const auto floor = [&](const std::u16string& unit) {
+    return astype(value, u"M8[" + unit + u"]");
   };
-  const auto past = [&](const PyHandle& start, const std::u16string& unit) {
-    return astype(minus(value, start).get(), u"m8[" + unit + u"]");
+  const auto past = [&](const Reference& start, const std::u16string& unit) {
+    return astype(minus(value, start), u"m8[" + unit + u"]");
   };
-  const auto numbers = [](const PyHandle& counts) { return astype(counts.get(), u"int"); };
+  const auto numbers = [](const Reference& counts) { return astype(counts, u"int"); };
   {
-    const PyHandle years = floor(u"Y");
-    const PyHandle months = floor(u"M");
-    const PyHandle days = floor(u"D");
+    const Reference years = floor(u"Y");
+    const Reference months = floor(u"M");
+    const Reference days = floor(u"D");
     take(Year, plus(numbers(years), 1970));
     take(Month, plus(numbers(minus(months, years)), 1));
     take(Day, plus(numbers(minus(days, months)), 1));
@@ -57,7 +50,7 @@ void takeApart(pyArray* obj, Take take) {
   }
   take(Minute, numbers(past(floor(u"h"), u"m")));
   take(Second, numbers(past(floor(u"m"), u"s")));
-  take(Nanosecond, astype(past(floor(u"s"), u"ns").get(), u"float"));
+  take(Nanosecond, astype(past(floor(u"s"), u"ns"), u"float"));
 }
 
 }  // namespace
@@ -66,26 +59,27 @@ void takeApart(pyArray* obj, Take take) {
 
 Datetime64Component::Datetime64Component(pyArray* obj) {
   const Frame api;
-  std::tie(isValid_, isNumpyKind_) = classifyDatetimeInput(obj, "datetime64");
-  if (!isValid_) return;
+  const Contents contents = classify(obj, dateKind).contents;
+  isValid_ = contents != Contents::Unsupported;
+  isNumpyKind_ = contents == Contents::Numbers;
   if (isNumpyKind_) {
-    readNumpy(obj);
-  } else {
+    readNumber(obj);
+  } else if (isValid_) {
     readObject(obj);
   }
 }
 
-void Datetime64Component::readNumpy(pyArray* obj) {
-  isNaT_ = pyBoolGetData(primitive::isNaT(obj).get());
+void Datetime64Component::readNumber(pyArray* obj) {
+  isNaT_ = toBool(detail::isNaT(obj));
   if (isNaT_) return;
   // An array of one element is no integer to the C API, but Python's `int` takes it.
-  const PyHandle toInt = object::pyGetMember(module::pyCreateBuiltinsModule().get(), "int");
-  takeApart(obj, [&](Component component, const PyHandle& number) {
+  const Reference toInt = attr(importBuiltins(), "int");
+  decompose(obj, [&](Component component, const Reference& number) {
     if (component == Nanosecond) {
-      millisecond_ = pyFloatGetData(number.get()) / nanosecondsPerMillisecond;
+      millisecond_ = toDouble(number) / nanosecondsPerMillisecond;
       return;
     }
-    const HostLong count = pyIntGetData(call(toInt, {number}).get());
+    const HostLong count = toHostLong(toInt({number}));
     if (component == Second) {
       second_ = count;
     } else {
@@ -95,15 +89,14 @@ void Datetime64Component::readNumpy(pyArray* obj) {
 }
 
 void Datetime64Component::readObject(pyArray* obj) {
-  const PyHandle value = callMethod(obj, "tolist");
-  isNaT_ = !DatetimeModuleTest()(value.get());
+  const Reference value = attr(obj, "tolist")();
+  isNaT_ = !DatetimeModuleTest()(value);
   if (isNaT_) return;
 
-  const auto attribute = [&](const char* name) {
-    return pyIntGetData(object::pyGetMember(value.get(), name).get());
-  };
+  const auto attribute = [&](const char* name) { return toHostLong(attr(value, name)); };
   const auto attributeOrZero = [&](const char* name) {
-    return object::pyHasMember(value.get(), name) ? attribute(name) : HostLong{0};
+    const bool hasIt = perform<&PyAPIImpl::PyObject_HasAttrString>(value, name);
+    return hasIt ? attribute(name) : HostLong{0};
   };
   for (const Component date : {Year, Month, Day}) {
     calendar_[date] = attribute(componentNames[date]);
@@ -139,12 +132,11 @@ void resize(DatetimeColumns& columns, std::size_t size) {
 /// Fills rows of columns from the attributes of `datetime.datetime` objects.
 class RowReader {
  public:
-  RowReader(const Frame& api, DatetimeColumns& columns)
-      : columns_(columns), second_(api, "second"), microsecond_(api, "microsecond") {
-    for (const char* const name : componentNames) calendar_.emplace_back(api, name);
+  explicit RowReader(DatetimeColumns& columns) : columns_(columns) {
+    for (const char* const name : componentNames) calendar_.emplace_back(name);
   }
 
-  void operator()(std::size_t row, PyObject* datetime) const {
+  void operator()(std::size_t row, Borrowed datetime) const {
     for (std::size_t i = 0; i < calendar_.size(); ++i) {
       columns_.calendar[i][row] = calendar_[i](datetime);
     }
@@ -155,8 +147,8 @@ class RowReader {
  private:
   DatetimeColumns& columns_;
   std::vector<IntAttribute> calendar_;
-  IntAttribute second_;
-  IntAttribute microsecond_;
+  IntAttribute second_{"second"};
+  IntAttribute microsecond_{"microsecond"};
 };
 
 }  // namespace
@@ -165,43 +157,52 @@ class RowReader {
 
 Datetime64ArrayComponents::Datetime64ArrayComponents(pyArray* arr) {
   const Frame api;
-  std::tie(isValid_, isNumpyKind_) = classifyDatetimeInput(arr, "datetime64");
+  const auto [contents, size] = classify(arr, dateKind);
+  isValid_ = contents != Contents::Unsupported;
+  isNumpyKind_ = contents == Contents::Numbers;
   if (!isValid_) return;
-  resize(columns_, sizeOf(arr));
+  resize(columns_, size);
   if (isNumpyKind_) {
-    readNumpy(arr);
+    readNumbers(arr);
   } else {
+    natIndices_.resize(size);
     readObjects(arr);
   }
   shape_ = shapeOf(arr);
 }
 
-void Datetime64ArrayComponents::readNumpy(pyArray* arr) {
-  const Frame api;
-  natIndices_ = natElements(api, arr, numel());
-  takeApart(arr, [&](Component component, const PyHandle& numbers) {
-    const PyHandle flat = flatten(numbers.get());
+void Datetime64ArrayComponents::readNumbers(pyArray* arr) {
+  natIndices_ = natElements(arr, numel());
+  if (isExactArray(arr) && readDates(flatten(arr), natIndices_, columns_)) return;
+
+  const auto isNaT = [this](std::size_t i) { return natIndices_[i]; };
+  decompose(arr, [&](Component component, const Reference& numbers) {
+    const Reference flat = flatten(numbers);
     if (component == Nanosecond) {
-      readElements(api, flat, natIndices_, &PyAPIImpl::PyFloat_AsDouble, columns_.milliseconds);
+      readColumn<AsDouble>(flat, isNaT, columns_.milliseconds);
       for (double& each : columns_.milliseconds) each /= nanosecondsPerMillisecond;
     } else if (component == Second) {
-      readElements(api, flat, natIndices_, &PyAPIImpl::PyFloat_AsDouble, columns_.seconds);
+      readColumn<AsDouble>(flat, isNaT, columns_.seconds);
     } else {
-      readElements(api, flat, natIndices_, &PyAPIImpl::intAsLong, columns_.calendar[component]);
+      readColumn<AsHostLong>(flat, isNaT, columns_.calendar[component]);
     }
   });
 }
 
 void Datetime64ArrayComponents::readObjects(pyArray* arr) {
-  const Frame api;
-  natIndices_.resize(numel());
-  const PyHandle objects = astype(astype(arr, u"datetime64[us]").get(), u"object");
+  const Reference microseconds = astype(arr, u"datetime64[us]");
+  if (isExactArray(microseconds) && readPythonDates(flatten(microseconds), natIndices_, columns_)) {
+    return;
+  }
+  const Reference objects = flatten(astype(microseconds, u"object"));
+  const Reference takeItem = attr(objects, "item");
   DatetimeModuleTest isFromDatetimeModule;
-  const RowReader readRow(api, columns_);
-  eachItem(api, flatten(objects.get()).get(), numel(), [&](std::size_t i, PyObject* element) {
-    natIndices_[i] = !isFromDatetimeModule(toPyArray(element));
+  const RowReader readRow(columns_);
+  for (std::size_t i = 0; i < natIndices_.size(); ++i) {
+    const Reference element = takeItem({integer(static_cast<std::int64_t>(i))});
+    natIndices_[i] = !isFromDatetimeModule(element);
     if (!natIndices_[i]) readRow(i, element);
-  });
+  }
 }
 
 PELION_CORE_DEFINE_VALUE_MEMBERS(Datetime64ArrayComponents)
@@ -234,19 +235,19 @@ bool Datetime64ArrayComponents::isValid() const { return isValid_; }
 
 DatetimeListComponent::DatetimeListComponent(pyArray* list) {
   const Frame api;
-  const std::uint64_t size = sequence::pySequenceLength(list);
+  const auto size = static_cast<std::size_t>(api->PySequence_Length(toPyObject(list)));
   std::uint64_t position = 0;
-  if (!type::pyEachObjTypeOfListIsDatetime(list, position)) return;
+  if (!eachIsInstance(list, "datetime", position)) return;
 
   resize(columns_, size);
   const std::string unread = "Default_Value";
   std::string reference = unread;
   std::string zone;
-  ZoneMemo zoneOf;
-  const RowReader readRow(api, columns_);
-  eachItem(api, list, size, [&](std::size_t i, PyObject* datetime) {
+  ZoneReader zoneOf;
+  const RowReader readRow(columns_);
+  eachItem(list, size, [&](std::size_t i, Borrowed datetime) {
     readRow(i, datetime);
-    zone = zoneOf(toPyArray(datetime));
+    zone = zoneOf(datetime);
     if (reference == unread) {
       reference = zone;
     } else if (zone != reference) {

@@ -1,99 +1,75 @@
 #include "datetime/numpy_value.h"
 
-#include "api/expression.h"
-#include "pelion_core/api/object.h"
-#include "pelion_core/api/primitive.h"
-#include "pelion_core/api/sequence.h"
-#include "pelion_core/api/type.h"
+#include "datetime/columns.h"
 
-namespace pelion_core::api::primitive {
+namespace pelion_core::detail {
 
 namespace {
 
-std::string dtypeName(pyArray* obj) {
-  const PyHandle dtype = object::pyGetMember(obj, "dtype");
-  return copyChars(object::pyGetMember(dtype.get(), "name"));
-}
+std::string dtypeName(Borrowed value) { return chars(attr(attr(value, "dtype"), "name")); }
 
 bool startsWith(const std::string& text, const std::string& start) {
   return text.compare(0, start.size(), start) == 0;
 }
 
-std::uint64_t toUnsigned(const PyHandle& integer) {
-  std::int64_t value = 0;
-  pyLongGetData(integer.get(), &value);
-  // Reading reports a failure as -1, which would become the size of a vector.
-  if (value < 0) throw InternalPyException("NULL pointer returned from Python.");
-  return static_cast<std::uint64_t>(value);
-}
-
 }  // namespace
 
-std::pair<bool, bool> classifyDatetimeInput(pyArray* obj, const std::string& wanted) {
-  try {
-    const std::string name = dtypeName(obj);
-    if (sizeOf(obj) == 0) return {false, false};
-    if (startsWith(name, wanted)) return {true, true};
-    if (!startsWith(name, "object")) return {false, false};
-
-    const PyHandle first = callMethod(obj, "item", {pyCreateInt(0)});
-    const std::string typeName = type::pyTypeZTName(object::pyGetType(first.get()).get());
-    const char* const expected =
-        wanted == "datetime64" ? "py.datetime.datetime" : "py.datetime.timedelta";
-    return {typeName == expected, false};
-  } catch (const InternalPyException&) {
-    exception::pyErrorClear();
-    return {false, false};
-  }
+Classified classify(Borrowed value, const DatetimeKind& kind) {
+  const auto ask = [&]() -> Classified {
+    const std::string name = dtypeName(value);
+    const std::uint64_t size = toSize(attr(value, "size"));
+    if (size == 0) return {};
+    if (startsWith(name, kind.dtype)) return {Contents::Numbers, size};
+    if (!startsWith(name, "object")) return {};
+    const Reference first = attr(value, "item")({integer(0)});
+    if (hostTypeName(typeOf(first)) != kind.objectType) return {};
+    return {Contents::Objects, size};
+  };
+  return orElse(ask, [] { return Classified(); });
 }
 
-PyHandle isNaT(pyArray* obj) { return callOn(importMember(u"numpy", "isnat"), obj); }
+Reference isNaT(Borrowed value) { return attr(importModule(u"numpy"), "isnat")({share(value)}); }
 
-std::string unitText(pyArray* obj) {
-  const std::string name = dtypeName(obj);
+std::vector<bool> natElements(Borrowed array, std::size_t count) {
+  std::vector<bool> elements(count);
+  readColumn<AsTruth>(flatten(isNaT(array)), elements);
+  return elements;
+}
+
+std::string unitText(Borrowed value) {
+  const std::string name = dtypeName(value);
   const std::size_t open = name.find('[');
   if (open == std::string::npos) return {};
   const std::size_t begin = open + 1;
   return name.substr(begin, name.find(']', begin) - begin);
 }
 
-PyHandle astype(pyArray* obj, const std::u16string& dtype) {
-  return callMethod(obj, "astype", {pyCreateString(dtype)});
+Reference astype(Borrowed value, const std::u16string& dtype) {
+  return attr(value, "astype")({str(dtype)});
 }
 
-PyHandle flatten(pyArray* obj) {
-  return callMethod(obj, "flatten", {}, {{pyCreateString(u"order"), pyCreateString(u"F")}});
+Reference flatten(Borrowed array) {
+  return attr(array, "flatten")({}, {{str(u"order"), str(u"F")}});
 }
 
-std::uint64_t sizeOf(pyArray* obj) { return toUnsigned(object::pyGetMember(obj, "size")); }
-
-std::pair<std::uint64_t, std::vector<std::uint64_t>> shapeOf(pyArray* obj) {
-  const std::uint64_t rank = toUnsigned(object::pyGetMember(obj, "ndim"));
-  const PyHandle shape = object::pyGetMember(obj, "shape");
-  std::vector<std::uint64_t> dims(sequence::pySequenceLength(shape.get()));
-  for (std::size_t i = 0; i < dims.size(); ++i) {
-    dims[i] = toUnsigned(sequence::pyGetItem(shape.get(), i));
+std::pair<std::uint64_t, std::vector<std::uint64_t>> shapeOf(Borrowed array) {
+  const std::uint64_t rank = toSize(attr(array, "ndim"));
+  const Reference shape = attr(array, "shape");
+  const auto length = static_cast<std::size_t>(perform<&PyAPIImpl::PySequence_Length>(shape));
+  std::vector<std::uint64_t> dims(length);
+  for (std::size_t i = 0; i < length; ++i) {
+    dims[i] = toSize(item(shape, static_cast<std::int64_t>(i)));
   }
   return {rank, std::move(dims)};
 }
 
-bool DatetimeModuleTest::operator()(pyArray* obj) {
-  PyHandle type = object::pyGetType(obj);
-  if (type != type_) {
-    isFromDatetime_ = type::pyTypeZTModuleName(type.get()) == "py.datetime";
+bool DatetimeModuleTest::operator()(Borrowed object) {
+  Reference type = typeOf(object);
+  if (type.get() != type_.get()) {
+    isFromDatetime_ = hostModuleName(type) == "py.datetime";
     type_ = std::move(type);
   }
   return isFromDatetime_;
 }
 
-IntAttribute::IntAttribute(const Frame& api, const char* name)
-    : api_(api), name_(pyCreateString(std::string(name))) {}
-
-std::vector<bool> natElements(const Frame& api, pyArray* obj, std::size_t count) {
-  std::vector<bool> elements(count);
-  eachItem(api, flatten(isNaT(obj).get()).get(), count,
-           [&](std::size_t i, PyObject* element) { elements[i] = api->PyObject_IsTrue(element); });
-  return elements;
-}
-
-}  // namespace pelion_core::api::primitive
+}  // namespace pelion_core::detail

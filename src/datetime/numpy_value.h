@@ -5,45 +5,60 @@
 #include <utility>
 #include <vector>
 
-#include "api/frame.h"
-#include "api/reference.h"
-#include "pelion_core/api/handle.h"
+#include "api/expression.h"
 
-/// What the decompositions of dates and durations share: questions to a NumPy value, and the walk
-/// over elements.
-namespace pelion_core::api::primitive {
+/// What the decompositions of dates and durations share: questions to a NumPy value.
+namespace pelion_core::detail {
 
-/// Whether a NumPy value is valid, which is to hold `wanted` ("datetime64" or "timedelta64") or
-/// objects of the `datetime` type that belongs to it, judged by the first one; and whether it holds
-/// the NumPy type itself. Empty values and failures are not valid.
-std::pair<bool, bool> classifyDatetimeInput(pyArray* obj, const std::string& wanted);
+/// The two kinds of value that are decomposed.
+struct DatetimeKind {
+  const char* dtype;       ///< how the name of NumPy's type begins
+  const char* objectType;  ///< what a host calls Python's type
+};
+constexpr DatetimeKind dateKind = {"datetime64", "py.datetime.datetime"};
+constexpr DatetimeKind durationKind = {"timedelta64", "py.datetime.timedelta"};
 
-/// `numpy.isnat(obj)`.
-PyHandle isNaT(pyArray* obj);
+/// How a NumPy value holds them.
+enum class Contents {
+  Unsupported,  ///< not at all, or it is empty, or asking failed
+  Numbers,      ///< as the NumPy type
+  Objects,      ///< as Python objects, judged by the first one
+};
 
-/// The unit in `obj.dtype.name`: "ms" of "timedelta64[ms]"; empty when it has none.
-std::string unitText(pyArray* obj);
+struct Classified {
+  Contents contents = Contents::Unsupported;
+  std::uint64_t size = 0;
+};
 
-/// `obj.astype(dtype)`.
-PyHandle astype(pyArray* obj, const std::u16string& dtype);
+/// What a value holds, and how much of it.
+Classified classify(Borrowed value, const DatetimeKind& kind);
 
-/// `obj.flatten(order="F")`.
-PyHandle flatten(pyArray* obj);
+/// `numpy.isnat(value)`.
+Reference isNaT(Borrowed value);
 
-/// `obj.size`.
-std::uint64_t sizeOf(pyArray* obj);
+/// The elements of `isNaT(array)`, of which there are `count`.
+std::vector<bool> natElements(Borrowed array, std::size_t count);
 
-/// `obj.ndim` and `obj.shape`.
-std::pair<std::uint64_t, std::vector<std::uint64_t>> shapeOf(pyArray* obj);
+/// The unit in `value.dtype.name`: "ms" of "timedelta64[ms]"; empty when it has none.
+std::string unitText(Borrowed value);
+
+/// `value.astype(dtype)`.
+Reference astype(Borrowed value, const std::u16string& dtype);
+
+/// `array.flatten(order="F")`.
+Reference flatten(Borrowed array);
+
+/// `array.ndim` and `array.shape`.
+std::pair<std::uint64_t, std::vector<std::uint64_t>> shapeOf(Borrowed array);
 
 /// Tells whether an object's type comes from Python's `datetime` module, so that it is not None
 /// either. In a walk most elements have the type of the one before, which is not named again.
 class DatetimeModuleTest {
  public:
-  bool operator()(pyArray* obj);
+  bool operator()(Borrowed object);
 
  private:
-  PyHandle type_;
+  Reference type_;
   bool isFromDatetime_ = false;
 };
 
@@ -51,40 +66,16 @@ class DatetimeModuleTest {
 /// cache of type look-ups knows it again.
 class IntAttribute {
  public:
-  IntAttribute(const Frame& api, const char* name);
+  explicit IntAttribute(const char* name) : name_(str(std::string(name))) {}
 
-  HostLong operator()(PyObject* obj) const {
-    const Reference value = own(api_, api_->PyObject_GetAttr(obj, toPyObject(name_.get())));
-    return api_->intAsLong(value.get());
+  HostLong operator()(Borrowed object) const {
+    const Frame api;
+    const Reference value(api->PyObject_GetAttr(object, name_.get()));
+    return api->intAsLong(value.get());
   }
 
  private:
-  const Frame& api_;
-  PyHandle name_;
+  Reference name_;
 };
 
-/// `sequence[index]`.
-inline Reference itemAt(const Frame& api, pyArray* sequence, std::size_t index) {
-  return own(api, api->PySequence_GetItem(toPyObject(sequence), static_cast<std::int64_t>(index)));
-}
-
-/// Calls `use(index, item)` with the items 0 to `count` - 1 of a sequence.
-template <class Use>
-void eachItem(const Frame& api, pyArray* sequence, std::size_t count, Use use) {
-  for (std::size_t i = 0; i < count; ++i) use(i, itemAt(api, sequence, i).get());
-}
-
-/// The elements of `isNaT(obj)`, which has `count` of them.
-std::vector<bool> natElements(const Frame& api, pyArray* obj, std::size_t count);
-
-/// Reads the elements of a flat array with an operation of the interface into `out`, which has as
-/// many. Those that are not-a-time are not looked at and become zero.
-template <class Element, class Number>
-void readElements(const Frame& api, const PyHandle& flat, const std::vector<bool>& nat,
-                  Number (PyAPIImpl::*read)(PyObject*), std::vector<Element>& out) {
-  for (std::size_t i = 0; i < nat.size(); ++i) {
-    out[i] = nat[i] ? 0 : ((*api).*read)(itemAt(api, flat.get(), i).get());
-  }
-}
-
-}  // namespace pelion_core::api::primitive
+}  // namespace pelion_core::detail

@@ -2,17 +2,17 @@
 
 #include <algorithm>
 #include <string_view>
-#include <tuple>
 
-#include "api/expression.h"
+#include "datetime/columns.h"
+#include "datetime/count_blocks.h"
+#include "datetime/exact_types.h"
 #include "datetime/numpy_value.h"
+#include "datetime/type_tests.h"
 #include "datetime/value_members.h"
-#include "pelion_core/api/object.h"
-#include "pelion_core/api/primitive.h"
-#include "pelion_core/api/sequence.h"
-#include "pelion_core/datetime/type_tests.h"
 
 namespace pelion_core::api::primitive {
+
+using namespace detail;
 
 namespace {
 
@@ -51,36 +51,26 @@ const UnitRule* findRule(const std::string& unit) {
 
 /// What the rule's field gets of a `timedelta64` scalar or array. Scaling the durations themselves
 /// would truncate them to their unit.
-PyHandle apply(const UnitRule& rule, pyArray* obj) {
+Reference apply(const UnitRule& rule, Borrowed value) {
   if (rule.field != Millisecond) {
-    return callMethod(obj, "astype", {importMember(u"numpy", "int64")});
+    return attr(value, "astype")({attr(importModule(u"numpy"), "int64")});
   }
-  return callMethod(astype(obj, u"float").get(), rule.scale, {pyCreateFloat(rule.operand)});
+  return attr(astype(value, u"float"), rule.scale)({floating(rule.operand)});
 }
 
-struct TimedeltaParts {
-  std::int64_t hours;
-  std::int64_t seconds;
-  double milliseconds;
-};
-
-/// Takes `datetime.timedelta` objects apart.
+/// Decomposes `datetime.timedelta` objects.
 class TimedeltaReader {
  public:
-  explicit TimedeltaReader(const Frame& api)
-      : days_(api, "days"), seconds_(api, "seconds"), microseconds_(api, "microseconds") {}
-
-  TimedeltaParts operator()(PyObject* timedelta) const {
-    // The hours are a product of 32 bits, which hosts expect to wrap.
-    const auto days = static_cast<std::uint32_t>(days_(timedelta));
-    return {static_cast<std::int32_t>(days * 24U), seconds_(timedelta),
-            microseconds_(timedelta) / 1000.0};
+  TimedeltaParts operator()(Borrowed timedelta) const {
+    const HostLong days = days_(timedelta);
+    const HostLong seconds = seconds_(timedelta);
+    return timedeltaParts(days, seconds, microseconds_(timedelta));
   }
 
  private:
-  IntAttribute days_;
-  IntAttribute seconds_;
-  IntAttribute microseconds_;
+  IntAttribute days_{"days"};
+  IntAttribute seconds_{"seconds"};
+  IntAttribute microseconds_{"microseconds"};
 };
 
 }  // namespace
@@ -89,41 +79,39 @@ class TimedeltaReader {
 
 Timedelta64Component::Timedelta64Component(pyArray* obj) {
   const Frame api;
-  std::tie(isValid_, isNumpyKind_) = classifyDatetimeInput(obj, "timedelta64");
-  if (!isValid_) return;
+  const Contents contents = classify(obj, durationKind).contents;
+  isValid_ = contents != Contents::Unsupported;
+  isNumpyKind_ = contents == Contents::Numbers;
   if (isNumpyKind_) {
-    readNumpy(obj);
-  } else {
+    readNumber(obj);
+  } else if (isValid_) {
     readObject(obj);
   }
 }
 
-void Timedelta64Component::readNumpy(pyArray* obj) {
-  isNaT_ = pyBoolGetData(primitive::isNaT(obj).get());
+void Timedelta64Component::readNumber(pyArray* obj) {
+  isNaT_ = toBool(detail::isNaT(obj));
   if (isNaT_) return;
   unit_ = unitText(obj);
   const UnitRule* const rule = findRule(unit_);
   isValid_ = rule != nullptr;
   if (!isValid_) return;
 
-  const PyHandle number = apply(*rule, obj);
+  const Reference number = apply(*rule, obj);
   if (rule->field == Millisecond) {
-    millisecond_ = pyFloatGetData(number.get());
+    millisecond_ = toDouble(number);
   } else {
     std::int64_t* const counts[] = {&hour_, &minute_, &second_, &millisecond_int_};
-    pyLongGetData(number.get(), counts[rule->field]);
+    *counts[rule->field] = toInt64(number);
   }
 }
 
 void Timedelta64Component::readObject(pyArray* obj) {
-  const Frame api;
-  PyHandle value = astype(obj, u"object");
-  if (isInstanceOfMember(value.get(), u"numpy", "ndarray")) {
-    value = callMethod(value.get(), "item", {pyCreateInt(0)});
-  }
-  isNaT_ = !DatetimeModuleTest()(value.get());
+  Reference value = astype(obj, u"object");
+  if (isInstanceOfMember(value, u"numpy", "ndarray")) value = attr(value, "item")({integer(0)});
+  isNaT_ = !DatetimeModuleTest()(value);
   if (isNaT_) return;
-  const TimedeltaParts parts = TimedeltaReader(api)(toPyObject(value.get()));
+  const TimedeltaParts parts = TimedeltaReader()(value);
   hour_ = parts.hours;
   second_ = parts.seconds;
   millisecond_ = parts.milliseconds;
@@ -143,52 +131,58 @@ bool Timedelta64Component::isMsInt() const { return unit_ == "ms"; }
 
 Timedelta64ArrayComponents::Timedelta64ArrayComponents(pyArray* arr) {
   const Frame api;
-  std::tie(isValid_, isNumpyKind_) = classifyDatetimeInput(arr, "timedelta64");
+  const auto [contents, size] = classify(arr, durationKind);
+  isValid_ = contents != Contents::Unsupported;
+  isNumpyKind_ = contents == Contents::Numbers;
   if (!isValid_) return;
-
-  const std::uint64_t size = sizeOf(arr);
   for (auto* counts : {&hours_, &minutes_, &seconds_, &milliseconds_int_}) counts->resize(size);
   milliseconds_.resize(size);
   if (isNumpyKind_) {
-    readNumpy(arr);
+    readNumbers(arr);
   } else {
+    natIndices_.resize(size);
     readObjects(arr);
   }
   shape_ = shapeOf(arr);
 }
 
-void Timedelta64ArrayComponents::readNumpy(pyArray* arr) {
-  const Frame api;
-  natIndices_ = natElements(api, arr, numel());
+void Timedelta64ArrayComponents::readNumbers(pyArray* arr) {
+  natIndices_ = natElements(arr, numel());
   dtypeFlag_ = unitText(arr);
   isMsInt_ = dtypeFlag_ == "ms";
   const UnitRule* const rule = findRule(dtypeFlag_);
   isValid_ = rule != nullptr;
   if (!isValid_) return;
 
-  const PyHandle numbers = apply(*rule, flatten(arr).get());
+  const auto isNaT = [this](std::size_t i) { return natIndices_[i]; };
+  const Reference numbers = apply(*rule, flatten(arr));
   if (rule->field == Millisecond) {
-    readElements(api, numbers, natIndices_, &PyAPIImpl::PyFloat_AsDouble, milliseconds_);
+    readColumn<AsDouble>(numbers, isNaT, milliseconds_);
   } else {
     std::vector<std::int64_t>* const counts[] = {&hours_, &minutes_, &seconds_, &milliseconds_int_};
-    readElements(api, numbers, natIndices_, &PyAPIImpl::PyLong_AsLongLong, *counts[rule->field]);
+    readColumn<AsInt64>(numbers, isNaT, *counts[rule->field]);
   }
 }
 
 void Timedelta64ArrayComponents::readObjects(pyArray* arr) {
-  const Frame api;
-  natIndices_.resize(numel());
-  const PyHandle objects = astype(astype(arr, u"timedelta64[us]").get(), u"object");
-  DatetimeModuleTest isFromDatetimeModule;
-  const TimedeltaReader takeApart(api);
-  eachItem(api, flatten(objects.get()).get(), numel(), [&](std::size_t i, PyObject* element) {
-    natIndices_[i] = !isFromDatetimeModule(toPyArray(element));
-    if (natIndices_[i]) return;
-    const TimedeltaParts parts = takeApart(element);
+  const auto store = [this](std::size_t i, const TimedeltaParts& parts) {
     hours_[i] = parts.hours;
     seconds_[i] = parts.seconds;
     milliseconds_[i] = parts.milliseconds;
-  });
+  };
+  const Reference microseconds = astype(arr, u"timedelta64[us]");
+  if (isExactArray(microseconds) && eachPythonDuration(flatten(microseconds), natIndices_, store)) {
+    return;
+  }
+  const Reference objects = flatten(astype(microseconds, u"object"));
+  const Reference takeItem = attr(objects, "item");
+  DatetimeModuleTest isFromDatetimeModule;
+  const TimedeltaReader partsOf;
+  for (std::size_t i = 0; i < natIndices_.size(); ++i) {
+    const Reference element = takeItem({integer(static_cast<std::int64_t>(i))});
+    natIndices_[i] = !isFromDatetimeModule(element);
+    if (!natIndices_[i]) store(i, partsOf(element));
+  }
 }
 
 PELION_CORE_DEFINE_VALUE_MEMBERS(Timedelta64ArrayComponents)
@@ -212,16 +206,16 @@ bool Timedelta64ArrayComponents::isValid() const { return isValid_; }
 
 TimedeltaListComponent::TimedeltaListComponent(pyArray* list) {
   const Frame api;
-  const std::uint64_t size = sequence::pySequenceLength(list);
+  const auto size = static_cast<std::size_t>(api->PySequence_Length(toPyObject(list)));
   std::uint64_t position = 0;
-  if (!type::pyEachObjTypeOfListIsTimeDelta(list, position)) return;
+  if (!eachIsInstance(list, "timedelta", position)) return;
 
   milliseconds_.reserve(size);
   hours_.reserve(size);
   seconds_.reserve(size);
-  const TimedeltaReader takeApart(api);
-  eachItem(api, list, size, [&](std::size_t, PyObject* timedelta) {
-    const TimedeltaParts parts = takeApart(timedelta);
+  const TimedeltaReader partsOf;
+  eachItem(list, size, [&](std::size_t, Borrowed timedelta) {
+    const TimedeltaParts parts = partsOf(timedelta);
     hours_.push_back(parts.hours);
     seconds_.push_back(parts.seconds);
     milliseconds_.push_back(parts.milliseconds);

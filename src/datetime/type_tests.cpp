@@ -2,71 +2,22 @@
 
 #include <cstdlib>
 
-#include "api/expression.h"
-#include "pelion_core/api/object.h"
-#include "pelion_core/api/primitive.h"
-#include "pelion_core/api/sequence.h"
+#include "datetime/exact_types.h"
+#include "datetime/type_tests.h"
 #include "platform/guarded_cast.h"
 #include "platform/text.h"
 
-namespace pelion_core::api {
-namespace type {
+namespace pelion_core {
+namespace detail {
+
 namespace {
 
-bool tzinfoIsInstanceOf(pyArray* datetime, const std::u16string& module, const char* name) {
+bool tzinfoIsInstanceOf(Borrowed datetime, const std::u16string& module, const char* name) {
   return falseOnFailure([&] {
-    const PyHandle cls = importMember(module, name);
-    return object::pyIsInstance(object::pyGetMember(datetime, "tzinfo").get(), cls.get());
+    const Reference cls = attr(importModule(module), name);
+    return isInstance(attr(datetime, "tzinfo"), cls);
   });
 }
-
-bool pyDatetimeIsTimezoneBased(pyArray* datetime) {
-  return tzinfoIsInstanceOf(datetime, u"datetime", "timezone");
-}
-
-bool eachPasses(bool (*test)(pyArray*), pyArray* sequence, std::uint64_t& firstBad) {
-  const std::uint64_t length = sequence::pySequenceLength(sequence);
-  for (std::uint64_t i = 0; i < length; ++i) {
-    if (!test(sequence::pyGetItem(sequence, i).get())) {
-      firstBad = i + 1;
-      return false;
-    }
-  }
-  return true;
-}
-
-}  // namespace
-
-bool pyObjTypeIsDatetime(pyArray* object) {
-  return isInstanceOfMember(object, u"datetime", "datetime");
-}
-
-bool pyObjTypeIsTimedelta(pyArray* object) {
-  return isInstanceOfMember(object, u"datetime", "timedelta");
-}
-
-bool pyTypeIsDatetime(pyArray* type) { return equalsMember(type, u"datetime", "datetime"); }
-
-bool pyTypeIsTimedelta(pyArray* type) { return equalsMember(type, u"datetime", "timedelta"); }
-
-bool pyTypeIsTimedelta64(pyArray* type) { return equalsMember(type, u"numpy", "timedelta64"); }
-
-bool pyDatetimeIsZoneInfoBased(pyArray* datetime) {
-  return tzinfoIsInstanceOf(datetime, u"zoneinfo", "ZoneInfo");
-}
-
-bool pyEachObjTypeOfListIsDatetime(pyArray* sequence, std::uint64_t& firstBad) {
-  return eachPasses(pyObjTypeIsDatetime, sequence, firstBad);
-}
-
-bool pyEachObjTypeOfListIsTimeDelta(pyArray* sequence, std::uint64_t& firstBad) {
-  return eachPasses(pyObjTypeIsTimedelta, sequence, firstBad);
-}
-
-}  // namespace type
-
-namespace object {
-namespace {
 
 std::string twoDigits(std::int32_t value) {
   const std::string text = std::to_string(std::abs(value));
@@ -82,18 +33,86 @@ std::string offsetText(double seconds) {
 
 }  // namespace
 
-std::string pyDatetimeGetTimezone(pyArray* datetime) {
-  const PyHandle tzinfo = pyGetMember(datetime, "tzinfo");
-  if (pyIsNone(tzinfo.get())) return {};
-  if (type::pyDatetimeIsZoneInfoBased(datetime)) {
-    return platform::toUtf8(get_ustring(pyGetMember(tzinfo.get(), "key").get()));
+bool eachIsInstance(Borrowed sequence, const char* name, std::uint64_t& firstBad) {
+  const Frame api;
+  const std::int64_t length = api->PySequence_Length(sequence);
+  Reference cls;  // an empty sequence needs none
+  for (std::int64_t i = 0; i < length; ++i) {
+    const Reference element(api->PySequence_GetItem(sequence, i));
+    const bool passes = falseOnFailure([&] {
+      if (cls.get() == nullptr) cls = attr(importModule(u"datetime"), name);
+      return api->PyObject_IsInstance(element.get(), cls.get());
+    });
+    if (!passes) {
+      firstBad = static_cast<std::uint64_t>(i) + 1;
+      return false;
+    }
   }
-  if (!type::pyDatetimeIsTimezoneBased(datetime)) {
-    throw InternalPyException("Timezone type not supported.");
-  }
-  const PyHandle offset = callMethod(tzinfo.get(), "utcoffset", {primitive::pyCreateNone()});
-  return offsetText(primitive::pyFloatGetData(callMethod(offset.get(), "total_seconds").get()));
+  return true;
 }
 
-}  // namespace object
-}  // namespace pelion_core::api
+std::string timezoneOf(Borrowed datetime) {
+  const Reference tzinfo = attr(datetime, "tzinfo");
+  if (isNone(tzinfo)) return {};
+  if (tzinfoIsInstanceOf(datetime, u"zoneinfo", "ZoneInfo")) {
+    return platform::toUtf8(ustring(attr(tzinfo, "key")));
+  }
+  if (!tzinfoIsInstanceOf(datetime, u"datetime", "timezone")) {
+    fail("Timezone type not supported.");
+  }
+  const Reference offset = attr(tzinfo, "utcoffset")({own<&PyAPIImpl::getNone>()});
+  return offsetText(toDouble(attr(offset, "total_seconds")()));
+}
+
+const std::string& ZoneReader::operator()(Borrowed datetime) {
+  // More zones than a list has, unless it was made to hold a new object in every element.
+  constexpr std::size_t limit = 64;
+  Reference tzinfo = own<&PyAPIImpl::PyObject_GetAttr>(datetime, name_);
+  for (const auto& [zone, text] : known_) {
+    if (zone.get() == tzinfo.get()) return text;
+  }
+  text_ = timezoneOf(datetime);
+  if (known_.size() < limit && isImmutableZone(tzinfo)) {
+    known_.emplace_back(std::move(tzinfo), text_);
+  }
+  return text_;
+}
+
+}  // namespace detail
+
+namespace api {
+
+using namespace detail;
+
+bool type::pyObjTypeIsDatetime(pyArray* object) {
+  return isInstanceOfMember(object, u"datetime", "datetime");
+}
+
+bool type::pyObjTypeIsTimedelta(pyArray* object) {
+  return isInstanceOfMember(object, u"datetime", "timedelta");
+}
+
+bool type::pyTypeIsDatetime(pyArray* type) { return equalsMember(type, u"datetime", "datetime"); }
+
+bool type::pyTypeIsTimedelta(pyArray* type) { return equalsMember(type, u"datetime", "timedelta"); }
+
+bool type::pyTypeIsTimedelta64(pyArray* type) {
+  return equalsMember(type, u"numpy", "timedelta64");
+}
+
+bool type::pyDatetimeIsZoneInfoBased(pyArray* datetime) {
+  return tzinfoIsInstanceOf(datetime, u"zoneinfo", "ZoneInfo");
+}
+
+bool type::pyEachObjTypeOfListIsDatetime(pyArray* sequence, std::uint64_t& firstBad) {
+  return eachIsInstance(sequence, "datetime", firstBad);
+}
+
+bool type::pyEachObjTypeOfListIsTimeDelta(pyArray* sequence, std::uint64_t& firstBad) {
+  return eachIsInstance(sequence, "timedelta", firstBad);
+}
+
+std::string object::pyDatetimeGetTimezone(pyArray* datetime) { return timezoneOf(datetime); }
+
+}  // namespace api
+}  // namespace pelion_core

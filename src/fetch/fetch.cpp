@@ -5,13 +5,12 @@
 #include <boost/algorithm/string/split.hpp>
 #include <vector>
 
-#include "pelion_core/api/exception.h"
-#include "pelion_core/api/module.h"
-#include "pelion_core/api/object.h"
-#include "pelion_core/api/primitive.h"
-#include "pelion_core/python_api/internal_py_exception.h"
+#include "api/expression.h"
 
 namespace pelion_core::fetch {
+
+using namespace detail;
+
 namespace {
 
 using Names = std::vector<std::u16string>;
@@ -40,43 +39,42 @@ std::vector<Candidate> candidatesOf(const Names& path) {
   return candidates;
 }
 
-PyHandle resolve(const Candidate& candidate) {
-  PyHandle object = ModuleFetcher()(candidate.module);
+// What the fetchers do, without throwing where there is nothing: most readings lead nowhere.
+Reference resolve(const Candidate& candidate) {
+  Reference object = own<&PyAPIImpl::importModuleIfThere>(candidate.module);
   for (const std::u16string& name : candidate.attributes) {
-    object = AttrFetcher()(std::move(object), name);
+    if (object.get() == nullptr) break;
+    object = own<&PyAPIImpl::getAttrIfThere>(object, str(name));
   }
   return object;
 }
 
+/// `step()`; no error stays pending when it throws.
 template <class Step>
 PyHandle clearingErrors(Step step) {
-  try {
-    return step();
-  } catch (const InternalPyException&) {
-    api::exception::pyErrorClear();
-    throw;
-  }
+  return orElse(step, []() -> PyHandle { throw; });
 }
 
 }  // namespace
 
 PyHandle ModuleFetcher::operator()(const std::u16string& moduleName) const {
-  return clearingErrors([&] { return api::module::pyCreateModule(moduleName); });
+  return clearingErrors([&] { return make<&PyAPIImpl::importModule>(moduleName); });
 }
 
 PyHandle AttrFetcher::operator()(PyHandle object, const std::u16string& attributeName) const {
-  return clearingErrors([&] {
-    const PyHandle name = api::primitive::pyCreateString(attributeName);
-    return api::object::pyGetMember(object.get(), name.get());
-  });
+  return clearingErrors(
+      [&] { return make<&PyAPIImpl::PyObject_GetAttr>(object, str(attributeName)); });
 }
 
-std::u16string DefaultPyModule::operator()() const { return api::module::pyGetBuiltinsName(); }
+std::u16string DefaultPyModule::operator()() const {
+  return perform<&PyAPIImpl::getBuiltinsName>();
+}
 
 PyHandle fetch(const std::u16string& name) {
   for (const Candidate& candidate : candidatesOf(parse(name))) {
     try {
-      return resolve(candidate);
+      Reference object = orElse([&] { return resolve(candidate); }, [] { return Reference(); });
+      if (object.get() != nullptr) return object;
     } catch (...) {
       // Whatever made this reading fail, the next one may succeed.
     }

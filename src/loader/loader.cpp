@@ -7,7 +7,7 @@
 #include "platform/dll_directory.h"
 #include "python_api/py_api_impl.h"
 
-namespace pelion_core {
+namespace pelion_core::detail {
 
 PyAPIImpl* currentAPI = nullptr;
 
@@ -17,11 +17,11 @@ namespace {
 // when a host's static asks after the owner was destroyed.
 class InstanceOwner {
  public:
-  ~InstanceOwner() { reset(nullptr); }
+  ~InstanceOwner() { reset(); }
 
-  void reset(PyAPIImpl* instance) {
-    currentAPI = instance;
-    instance_.reset(instance);
+  void reset(std::unique_ptr<PyAPIImpl> instance = nullptr) {
+    currentAPI = instance.get();
+    instance_ = std::move(instance);
   }
 
  private:
@@ -31,11 +31,13 @@ class InstanceOwner {
 InstanceOwner instanceOwner;
 
 }  // namespace
-}  // namespace pelion_core
+}  // namespace pelion_core::detail
 
 namespace loader {
 
 using namespace pelion_core;
+using detail::currentAPI;
+using detail::instanceOwner;
 
 int attemptToLoadPython(const std::u16string& version, const std::u16string& library,
                         const std::u16string& executable, const std::u16string& home,
@@ -53,9 +55,9 @@ int attemptToLoadPython(const std::u16string& version, const std::u16string& lib
   const PythonThreeFuncs threeFuncs(holder);
   if (!threeFuncs.acquired()) return notLoaded;
 
-  instanceOwner.reset(static_cast<PyAPIImpl*>(createIPythonAPI(funcs, threeFuncs)));
+  instanceOwner.reset(std::make_unique<detail::PyAPIImpl>(funcs, threeFuncs));
   if (currentAPI->Py_IsInitialized()) {
-    instanceOwner.reset(nullptr);
+    instanceOwner.reset();
     return alreadyInitialised;
   }
   currentAPI->initialize(executable, home, path);

@@ -16,7 +16,7 @@ const PyVersionPerProcess& currentPyVersion();
 /// The record, made with its defaults when there is none.
 PyVersionPerProcess& getOrCreatePyVersion();
 
-/// Whether the host declared the last version of the older interpreter line.
-inline bool isOlderLine() { return currentPyVersion().version == u"2.7"; }
+/// Whether the host declared Python 2.7, whose names some functions then use.
+inline bool isVersionTwo() { return currentPyVersion().version == u"2.7"; }
 
 }  // namespace pelion_core

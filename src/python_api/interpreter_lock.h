@@ -2,11 +2,11 @@
 
 #include <cstdint>
 
-#include "pelion_core/loader/python_funcs.h"
+#include "pelion_core/loader/c_api/python_funcs.h"
 #include "pelion_core/python_api/lock_state.h"
 #include "python_api/checks.h"
 
-namespace pelion_core {
+namespace pelion_core::detail {
 
 /// The interpreter's global lock, taken and given back at the outermost level only. One thread at a
 /// time: the depth is plain and belongs to the process, not to a thread.
@@ -31,7 +31,7 @@ class InterpreterLock {
       if (depth_ == 1) savedThreadState_ = funcs.PyEval_SaveThread();
       --depth_;  // wraps on a release too many; the next acquire wraps it back
     } else if (state_ == LockState::Initialised) {
-      checks::fail("Invalid lock state for call to release lock.");
+      fail("Invalid lock state for call to release lock.");
     }
   }
 
@@ -41,4 +41,4 @@ class InterpreterLock {
   void* savedThreadState_ = nullptr;
 };
 
-}  // namespace pelion_core
+}  // namespace pelion_core::detail

@@ -2,7 +2,7 @@
 
 #include "python_api/py_api_impl.h"
 
-namespace pelion_core {
+namespace pelion_core::detail {
 namespace {
 
 // The folder above the "bin" or "lib" that holds a Windows runtime library, or the library's own
@@ -68,4 +68,4 @@ void PyAPIImpl::correctSysPaths(const std::u16string& programName,
   }
 }
 
-}  // namespace pelion_core
+}  // namespace pelion_core::detail

@@ -19,7 +19,7 @@ std::vector<std::string> symbols() {
 #define FAKE_FUNCTION(result, name, parameters, arguments, failure) #name,
 #include "every_function.def"
 #define PELION_PYTHON_TYPE(name) #name "_Type",
-#include "pelion_core/loader/python_types.def"
+#include "pelion_core/loader/c_api/python_types.def"
   };
 }
 

@@ -5,7 +5,7 @@
 #include <tuple>
 #include <type_traits>
 
-#include "pelion_core/loader/py_object.h"
+#include "pelion_core/loader/c_api/py_object.h"
 #include "pelion_core/platform/host_long.h"
 
 using pelion_core::HostLong;
@@ -140,7 +140,7 @@ extern "C" {
     return reinterpret_cast<void (*)()>(real(#name "_Type")); \
   }                                                           \
   SHIM_EXPORT void name##_Type() __attribute__((ifunc("find_" #name)));
-#include "pelion_core/loader/python_types.def"
+#include "pelion_core/loader/c_api/python_types.def"
 
 SHIM_EXPORT shim::Account* shim_account() { return &account; }
 

@@ -136,7 +136,7 @@ extern "C" {
 #include "every_function.def"
 
 #define PELION_PYTHON_TYPE(name) FAKE_EXPORT PyObject name##_Type = {#name "_Type", 1, {}, {}};
-#include "pelion_core/loader/python_types.def"
+#include "pelion_core/loader/c_api/python_types.def"
 
 FAKE_EXPORT fake::Runtime* fake_control() { return &runtime; }
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "pelion_core/loader/py_object.h"
+#include "pelion_core/loader/c_api/py_object.h"
 
 namespace pelion_core {
 

@@ -50,8 +50,8 @@ PELION_CORE_EXPORT PyHandle pyGetType(pyArray* object);
 /// `dir(object)`, a list.
 PELION_CORE_EXPORT PyHandle pyDir(pyArray* object);
 
-/// `left is right or bool(left == right)`: identical objects are equal without `__eq__` being asked.
-/// "Introspection API failed." when Python raised.
+/// `left is right or bool(left == right)`: identical objects are equal without `__eq__` being
+/// asked. "Introspection API failed." when Python raised.
 PELION_CORE_EXPORT bool pyEqual(pyArray* left, pyArray* right);
 
 /// `str(object)`.

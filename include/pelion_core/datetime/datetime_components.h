@@ -48,7 +48,7 @@ class PELION_CORE_EXPORT Datetime64Component {
   bool isValid() const;
 
  private:
-  void readNumpy(pyArray* obj);
+  void readNumber(pyArray* obj);
   void readObject(pyArray* obj);
 
   std::array<std::int32_t, 5> calendar_ = {};
@@ -102,7 +102,7 @@ class PELION_CORE_EXPORT Datetime64ArrayComponents {
   bool isValid() const;
 
  private:
-  void readNumpy(pyArray* arr);
+  void readNumbers(pyArray* arr);
   void readObjects(pyArray* arr);
 
   DatetimeColumns columns_;

@@ -47,7 +47,7 @@ class PELION_CORE_EXPORT Timedelta64Component {
   bool isMsInt() const;
 
  private:
-  void readNumpy(pyArray* obj);
+  void readNumber(pyArray* obj);
   void readObject(pyArray* obj);
 
   std::int64_t hour_ = 0;
@@ -94,7 +94,7 @@ class PELION_CORE_EXPORT Timedelta64ArrayComponents {
   bool isValid() const;
 
  private:
-  void readNumpy(pyArray* arr);
+  void readNumbers(pyArray* arr);
   void readObjects(pyArray* arr);
 
   std::vector<std::int64_t> hours_;

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "pelion_core/loader/py_object.h"
+#include "pelion_core/loader/c_api/py_object.h"
 #include "pelion_core/platform/export.h"
 #include "pelion_core/platform/host_long.h"
 
@@ -18,10 +18,10 @@ namespace python {
 /// The single door to the loaded interpreter: the C API with its error conventions turned into
 /// exceptions. One instance per process, made by the loader.
 ///
-/// Every operation requires the interpreter lock, taken with `acquireLock` (or by an `APIAccessor`),
-/// but `initialize`, `Py_IsInitialized` and the two that take and give it back; none takes it
-/// itself. Objects passed in are borrowed; an object returned is a new reference that the caller
-/// releases with `Py_DecRef`.
+/// Every operation requires the interpreter lock, taken with `acquireLock` (or by an
+/// `APIAccessor`), but `initialize`, `Py_IsInitialized` and the two that take and give it back;
+/// none takes it itself. Objects passed in are borrowed; an object returned is a new reference that
+/// the caller releases with `Py_DecRef`.
 ///
 /// The order of the operations is the binary interface: new ones are appended.
 ///

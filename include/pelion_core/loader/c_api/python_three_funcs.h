@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <string>
 
-#include "pelion_core/loader/find_symbol_decorator.h"
-#include "pelion_core/loader/py_object.h"
-#include "pelion_core/loader/python_lib_holder.h"
+#include "pelion_core/loader/c_api/find_symbol_decorator.h"
+#include "pelion_core/loader/c_api/py_object.h"
+#include "pelion_core/loader/c_api/python_lib_holder.h"
 #include "pelion_core/platform/export.h"
 
 namespace pelion_core {
@@ -36,7 +36,7 @@ class PythonThreeFuncs {
   result name parameters const { return name##_ arguments; }
 #define PELION_C_API_ADAPTED(result, name, cParameters, parameters, failure) \
   PELION_CORE_EXPORT result name parameters const;
-#include "pelion_core/loader/python_three_funcs.def"
+#include "pelion_core/loader/c_api/python_three_funcs.def"
 
  private:
   /// The step that `PythonFuncs` has before the functions: this table binds no type objects.
@@ -51,7 +51,7 @@ class PythonThreeFuncs {
   result(*name##_) parameters = nullptr;
 #define PELION_C_API_ADAPTED(result, name, cParameters, parameters, failure) \
   result(*name##_) cParameters = nullptr;
-#include "pelion_core/loader/python_three_funcs.def"
+#include "pelion_core/loader/c_api/python_three_funcs.def"
 };
 
 }  // namespace pelion_core

@@ -1,4 +1,4 @@
-#include "pelion_core/loader/python_funcs.h"
+#include "pelion_core/loader/c_api/python_funcs.h"
 
 namespace pelion_core {
 
@@ -10,14 +10,14 @@ PythonFuncs::PythonFuncs(const PythonLibHolder& library) : library_(library) {
 void PythonFuncs::findTypes(const PythonLibHolder& library) {
 #define PELION_PYTHON_TYPE(name) \
   name##_Type_ = static_cast<PyObject*>(symbols_.findSymbol(library, #name "_Type"));
-#include "pelion_core/loader/python_types.def"
+#include "pelion_core/loader/c_api/python_types.def"
 }
 
 void PythonFuncs::findFunctions(const PythonLibHolder& library) {
 #define PELION_C_API(result, name, parameters, arguments, failure) \
   name##_ = reinterpret_cast<decltype(name##_)>(symbols_.findSymbol(library, #name));
 #define PELION_C_API_ADAPTED PELION_C_API
-#include "pelion_core/loader/python_funcs.def"
+#include "pelion_core/loader/c_api/python_funcs.def"
 }
 
 void* PythonFuncs::PyCapsule_Import(const char* name) const { return PyCapsule_Import_(name, 1); }

@@ -1,4 +1,4 @@
-#include "pelion_core/loader/python_lib_holder.h"
+#include "pelion_core/loader/c_api/python_lib_holder.h"
 
 #include "platform/shared_library.h"
 #include "platform/text.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "pelion_core/loader/python_lib_holder.h"
+#include "pelion_core/loader/c_api/python_lib_holder.h"
 
 namespace pelion_core {
 

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include "pelion_core/loader/find_symbol_decorator.h"
-#include "pelion_core/loader/py_object.h"
-#include "pelion_core/loader/python_lib_holder.h"
+#include "pelion_core/loader/c_api/find_symbol_decorator.h"
+#include "pelion_core/loader/c_api/py_object.h"
+#include "pelion_core/loader/c_api/python_lib_holder.h"
 #include "pelion_core/platform/export.h"
 #include "pelion_core/platform/host_long.h"
 
@@ -32,11 +32,11 @@ class PythonFuncs {
   result name parameters const { return name##_ arguments; }
 #define PELION_C_API_ADAPTED(result, name, cParameters, parameters, failure) \
   PELION_CORE_EXPORT result name parameters const;
-#include "pelion_core/loader/python_funcs.def"
+#include "pelion_core/loader/c_api/python_funcs.def"
 
 #define PELION_PYTHON_TYPE(name) \
   int name##_Check(PyObject* object) const { return PyObject_IsInstance(object, name##_Type_); }
-#include "pelion_core/loader/python_types.def"
+#include "pelion_core/loader/c_api/python_types.def"
 
  private:
   void findTypes(const PythonLibHolder& library);
@@ -46,14 +46,14 @@ class PythonFuncs {
   FindSymbolDecorator symbols_;
 
 #define PELION_PYTHON_TYPE(name) PyObject* name##_Type_ = nullptr;
-#include "pelion_core/loader/python_types.def"
+#include "pelion_core/loader/c_api/python_types.def"
 
 #define PELION_C_API_IN_STORAGE_ORDER
 #define PELION_C_API(result, name, parameters, arguments, failure) \
   result(*name##_) parameters = nullptr;
 #define PELION_C_API_ADAPTED(result, name, cParameters, parameters, failure) \
   result(*name##_) cParameters = nullptr;
-#include "pelion_core/loader/python_funcs.def"
+#include "pelion_core/loader/c_api/python_funcs.def"
 };
 
 }  // namespace pelion_core

@@ -1,4 +1,4 @@
-#include "pelion_core/loader/python_three_funcs.h"
+#include "pelion_core/loader/c_api/python_three_funcs.h"
 
 #include "platform/text.h"
 
@@ -12,7 +12,7 @@ void PythonThreeFuncs::findFunctions(const PythonLibHolder& library) {
 #define PELION_C_API(result, name, parameters, arguments, failure) \
   name##_ = reinterpret_cast<decltype(name##_)>(symbols_.findSymbol(library, #name));
 #define PELION_C_API_ADAPTED PELION_C_API
-#include "pelion_core/loader/python_three_funcs.def"
+#include "pelion_core/loader/c_api/python_three_funcs.def"
 }
 
 void PythonThreeFuncs::Py_SetPath(const std::u16string& path) const {
