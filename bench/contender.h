@@ -2,10 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <iosfwd>
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -23,9 +23,12 @@ struct Task {
 /// The values of the rows that need no Python object to begin with.
 constexpr std::int64_t anInteger = 123456789;
 constexpr double aReal = 1234.5;
-constexpr const char* aText = "twenty characters ok";
-constexpr const char16_t* aWideText = u"twenty characters ok";
+constexpr std::string_view aText = "twenty characters ok";
+constexpr std::u16string_view aWideText = u"twenty characters ok";
 constexpr const char* aDateText = "2024-02-29T12:34:56.789";
+
+/// The columns of a frame.
+constexpr const char* labels[] = {"c0", "c1", "c2", "c3", "c4", "c5", "c6", "c7", "c8", "c9"};
 
 /// Rows that look an object up by its dotted name: in `builtins`, then in every module that a
 /// shorter beginning of the name is, the shortest first.
@@ -50,6 +53,12 @@ class Contender {
   void row(const char* name, Prepare prepare) {
     using Operation = std::invoke_result_t<Prepare, const Task&>;
     rows_[name] = std::make_unique<RowOf<Prepare, Operation>>(std::move(prepare));
+  }
+
+  /// A row that needs nothing but the operation.
+  template <class Operation>
+  void plain(const char* name, Operation operation) {
+    row(name, [operation](const Task&) { return operation; });
   }
 
   /// Says which rows there are, then obeys `prepare ROW SIZE SUBJECT`, `measure ROW SIZE COUNT`,

@@ -5,9 +5,23 @@ import sys
 import time
 
 import numpy
+import pandas
 
 COMPONENTS = operator.attrgetter("year", "month", "day", "hour", "minute", "second", "microsecond",
                                  "tzinfo")
+
+
+def block_in(x):
+    return numpy.array(x)
+
+
+def frame_in(x):
+    return pandas.DataFrame.from_dict(
+        {"c%d" % i: numpy.array(column) for i, column in enumerate(x)})
+
+
+def frame_out(x):
+    return [numpy.array(x.get("c%d" % i)) for i in range(10)]
 
 
 def timedelta64_create(x):

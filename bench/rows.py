@@ -1,9 +1,11 @@
 """The rows of the benchmark: what every contender does, declared once.
 
-A contender has operations by the names of the rows. It is given the size and the subject, a
-statement that leaves in `x` what the row works on, of `n` elements, and does not measure that.
+A contender has operations by the names of the rows. It is given the size and the subject, statements
+that leave in `x` what the row works on, of `n` elements, and does not measure that.
 """
 from typing import NamedTuple, Optional
+
+AIMED_AT = 100_000
 
 
 class Aim(NamedTuple):
@@ -13,9 +15,6 @@ class Aim(NamedTuple):
     contender: str
     reference: str
     row: Optional[str] = None
-
-
-AIMED_AT = 100_000
 
 
 class Row(NamedTuple):
@@ -33,14 +32,72 @@ def column(name, title, subject="", aim=None):
 UTC = "datetime.datetime(2024, 2, 29, tzinfo=datetime.timezone.utc)"
 OTHER = "datetime.datetime(2024, 2, 29, tzinfo=datetime.timezone(datetime.timedelta(hours=1)))"
 
+START = Row("start", "a process that gets Python ready and ends")
+
 GROUPS = {
+    "Values made and released": [
+        Row("make_bool", "bool"),
+        Row("make_integer", "int of 64 bits"),
+        Row("make_real", "float"),
+        Row("make_complex", "complex"),
+        Row("make_none", "None"),
+        Row("make_text", "str of 20 characters, UTF-8"),
+        Row("make_wide_text", "str of 20 characters, UTF-16"),
+    ],
+    "Values read": [
+        Row("read_bool", "bool", "x = True"),
+        Row("read_integer", "int", "x = 123456789"),
+        Row("read_real", "float", "x = 1234.5"),
+        Row("read_complex", "complex", "x = 1234.5 + 2j"),
+        Row("read_text", "str, its UTF-8 in place", "x = 'twenty characters ok'"),
+        Row("read_wide_text", "str, a copy as UTF-16", "x = 'twenty characters ok'"),
+    ],
+    "Containers": [
+        Row("tuple_10", "a tuple of ten", "x = tuple(map(float, range(10)))"),
+        Row("dict_10", "a dictionary of ten",
+            "x = tuple(v for i in range(10) for v in (str(i), float(i)))"),
+        Row("items", "each item of a list of 1000", "x = list(map(float, range(1000)))", 1000),
+        Row("dict_get", "an item of a dictionary", "x = ({'a': 1.0, 'b': 2.0}, 'b')"),
+        Row("dict_set", "an item of a dictionary set", "x = ({'a': 1.0, 'b': 2.0}, 'b', 3.0)"),
+    ],
+    "Members and calls": [
+        Row("member", "getattr(math, 'hypot')", "import math as x"),
+        Row("member_absent", "getattr, absent: the error thrown and dropped", "import math as x"),
+        Row("has_member", "hasattr, present", "import math as x"),
+        Row("has_member_absent", "hasattr, absent", "import math as x"),
+        Row("set_member", "setattr", "import types; x = (types.SimpleNamespace(), 'value', 2.0)"),
+        Row("import_member", "import math, and its hypot"),
+        Row("call_0", "float()", "x = (float,)"),
+        Row("call_2", "math.hypot(3.0, 4.0)", "import math; x = (math.hypot, 3.0, 4.0)"),
+        Row("call_keyword", "int('ff', base=16)", "x = (int, 'ff', 'base', 16)"),
+        Row("text_of", "str(1234.5)", "x = 1234.5"),
+    ],
+    "Type tests": [
+        Row("is_real", "is a float", "x = 1234.5"),
+        Row("is_instance", "isinstance(1234.5, float)", "x = (1234.5, float)"),
+        Row("is_numeric_array", "is an array.array", "import array; x = array.array('d', [1])"),
+        Row("is_datetime", "is a datetime.datetime",
+            "import datetime; x = datetime.datetime(2024, 2, 29)"),
+    ],
     "Dotted names": [
-        Row("name_1", "fetch: py.len"),
-        Row("name_2", "fetch: py.math.hypot",
+        Row("name_1", "py.len"),
+        Row("name_2", "py.math.hypot",
             aim=Aim(1.6, "raw_kept", "two imports and a look-up", "imports")),
-        Row("imports", "what bounds it: two imports and a look-up"),
-        Row("name_3", "fetch: py.os.path.join"),
-        Row("name_4", "fetch: py.xml.dom.minidom.parseString"),
+        Row("imports", "  what bounds it: two imports and a look-up"),
+        Row("name_3", "py.os.path.join"),
+        Row("name_4", "py.xml.dom.minidom.parseString"),
+    ],
+    "Blocks and frames": [
+        Row("memcpy", "8 MB copied by memcpy", size=1_000_000),
+        Row("block_in", "8 MB of double into Python",
+            "import numpy; x = numpy.full(n, 1234.5)", 1_000_000),
+        Row("block_out", "8 MB of double seen in place",
+            "import array; x = array.array('d', [1]) * n", 1_000_000),
+        Row("frame_in", "10 columns of double into a pandas frame",
+            "import numpy, pandas; x = [numpy.full(n, 1234.5)] * 10", 100_000),
+        Row("frame_out", "10 columns of double out of a pandas frame",
+            "import numpy, pandas; "
+            "x = pandas.DataFrame({'c%d' % i: numpy.full(n, 1234.5) for i in range(10)})", 100_000),
     ],
     "Columns of dates and durations": [
         column("timedelta64_create", "pyCreateTimedelta64", "x = numpy.full(n, 1234.5)",
@@ -74,6 +131,7 @@ GROUPS = {
                "x = [datetime.timedelta(1, 2, 3)] * n",
                Aim(2, "raw_kept", "PyObject_IsInstance for each")),
     ],
+    "Load and start": [START],
 }
 
-ROWS = [row for rows in GROUPS.values() for row in rows]
+ROWS = [row for members in GROUPS.values() for row in members]
