@@ -44,6 +44,18 @@ class Contender:
             sys.exit("bench: %s ended at: %s" % (self.name, words))
         return int(answer)
 
+    def peak(self, row, size):
+        """By how many bytes the row raises the memory in use, in a new process that has done it
+        once with little."""
+        fresh = Contender(self.name, self.title, self.command, self.core)
+        fresh.ask("prepare", row.name, 1000, row.subject)
+        fresh.ask("measure", row.name, 1000, 1)
+        fresh.ask("prepare", row.name, size, row.subject)
+        peak = fresh.ask("peak", row.name, size)
+        fresh.process.stdin.close()
+        fresh.process.wait()
+        return peak
+
     def start(self):
         """Processor time of a process that gets the interpreter ready and ends."""
         process = subprocess.Popen(self.command + ["--start"], preexec_fn=self.pin)
@@ -77,7 +89,9 @@ class Measurement:
 
     def __init__(self, row, size, contenders):
         self.row, self.size = row, size
-        self.contenders = [each for each in contenders if row.name in each.rows]
+        # With columns the one change of the lock that could be spared does not count.
+        self.contenders = [each for each in contenders if row.name in each.rows
+                           and (row.size is not None or each.name != "ours_kept")]
         self.counts = {}
         self.samples = {each.name: [] for each in self.contenders}
 
@@ -165,6 +179,11 @@ def results(measurements):
         yield result
 
 
+def spread(contender):
+    low, high = contender["quartiles"]
+    return (high - low) / contender["median"]
+
+
 def human(nanoseconds):
     for unit, size in (("s", 1e9), ("ms", 1e6), ("µs", 1e3)):
         if nanoseconds >= size:
@@ -204,6 +223,11 @@ def print_results(found, all_results):
         if members:
             print_table(lines)
     aims = [(result, result["aim"]) for result in all_results if "aim" in result]
+    memory = [result for result in all_results if "peak" in result]
+    if memory:
+        print_table([["Memory in use, at its highest", "elements", "MB", "bytes per element"]] + [
+            [result["title"], str(result["size"]), "%.1f" % (result["peak"] / 1e6),
+             "%.0f" % (result["peak"] / result["size"])] for result in memory])
     if aims:
         print_table([["Aims", "elements", "reached", "aim", "", "as a multiple of"]] + [
             [result["title"], str(result["size"]), "×%.2f" % aim["reached"], "×%.2f" % aim["limit"],
@@ -230,6 +254,7 @@ def main():
     parser.add_argument("--sizes", type=sizes, default=[1000, 100_000],
                         help="elements of a column (1e3,1e5; up to 1e7 makes sense)")
     parser.add_argument("--rounds", type=int, default=11)
+    parser.add_argument("--memory", action="store_true", help="and the memory that a column takes")
     parser.add_argument("--core", type=int, default=max(os.sched_getaffinity(0)))
     parser.add_argument("--json", default="build/bench.json")
     options = parser.parse_args()
@@ -245,6 +270,12 @@ def main():
     measure(measurements, options.rounds, found)
 
     all_results = list(results(measurements))
+    if options.memory:
+        for each, result in zip(measurements, all_results):
+            if each.row.size is None and each.size >= rows.AIMED_AT:
+                progress("memory of " + each.row.name)
+                result["peak"] = found[0].peak(each.row, each.size)
+        progress("")
     with open(options.json, "w", encoding="utf-8") as out:
         json.dump(dict(about, results=all_results), out, indent=1)
     print("%(processor)s, %(cores)d cores, %(system)s, Linux %(kernel)s, load %(load).1f"
@@ -253,8 +284,12 @@ def main():
         print("  %-17s %s" % (each.title, each.about))
     for title in missing:
         print("  %-17s left out: it was not built" % title)
-    print("medians of %d rounds on core %d; the samples are in %s"
-          % (options.rounds, options.core, options.json))
+    spreads = sorted(spread(contender) for result in all_results
+                     for contender in result["contenders"].values())
+    print("medians of %d rounds on core %d; half of the samples of a cell lie within %.0f %% of each "
+          "other,\n%.0f %% in the worst cell; all samples are in %s"
+          % (options.rounds, options.core, 100 * statistics.median(spreads), 100 * spreads[-1],
+             options.json))
     print_results(found, all_results)
 
 

@@ -37,8 +37,12 @@ std::int64_t peak(Operation operation) {
 }  // namespace
 
 std::int64_t Contender::measure(Prepared& operation, std::uint64_t count) const {
-  operation.repeat(1);  // what the other contenders pushed out of the caches
-  const std::int64_t start = processorTime();
+  constexpr std::int64_t aSecond = 1'000'000'000;
+  std::int64_t start = processorTime();
+  operation.repeat(1);  // brings back what the other contenders pushed out of the caches
+  const std::int64_t first = processorTime() - start;
+  if (count == 1 && first > aSecond / 2) return first;
+  start = processorTime();
   operation.repeat(count);
   return processorTime() - start;
 }

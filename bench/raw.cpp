@@ -36,8 +36,6 @@ auto locked(Operation operation) {
   return operation();
 }
 
-constexpr const char* policy = ", lock handed over";
-
 #else
 
 void giveLockBack() {}
@@ -46,8 +44,6 @@ template <class Operation>
 auto locked(Operation operation) {
   return operation();
 }
-
-constexpr const char* policy = ", lock kept";
 
 #endif
 
@@ -549,5 +545,5 @@ int main(int argc, char** argv) {
   blocks(contender);
   columns(contender);
   names(contender);
-  contender.serve(std::string("C API of Python " PY_VERSION) + policy);
+  contender.serve("Python " PY_VERSION);
 }
