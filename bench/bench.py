@@ -165,7 +165,7 @@ def results(measurements):
         result = {"row": each.row.name, "title": each.row.title, "size": each.size, "contenders": {}}
         ours = each.samples.get("ours")
         for name, samples in each.samples.items():
-            low, median, high = statistics.quantiles(samples, n=4)
+            low, _, high = statistics.quantiles(samples, n=4)
             result["contenders"][name] = {
                 "median": statistics.median(samples), "quartiles": [low, high],
                 "samples": samples, "ratio": ours and ratio(ours, samples)}
@@ -253,11 +253,12 @@ def main():
     parser.add_argument("--rows", default="", help="only the rows whose name this expression finds")
     parser.add_argument("--sizes", type=sizes, default=[1000, 100_000],
                         help="elements of a column (1e3,1e5; up to 1e7 makes sense)")
-    parser.add_argument("--rounds", type=int, default=11)
+    parser.add_argument("--rounds", type=int, default=11, help="two at least")
     parser.add_argument("--memory", action="store_true", help="and the memory that a column takes")
     parser.add_argument("--core", type=int, default=max(os.sched_getaffinity(0)))
     parser.add_argument("--json", default="build/bench.json")
     options = parser.parse_args()
+    options.rounds = max(2, options.rounds)
 
     found, missing = contenders(options.folder, options.python.split(":"), options.core)
     chosen = [row for row in rows.ROWS if re.search(options.rows, row.name)]

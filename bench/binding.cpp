@@ -49,7 +49,10 @@ void startPython() {
 
 py::object import(const char* name) { return py::module_::import_(name); }
 py::object stolen(PyObject* object) { return py::steal(object); }
-py::object borrowed(py::handle object) { return py::borrow(object); }
+template <class Type = py::object>
+Type borrowed(py::handle object) {
+  return py::borrow<Type>(object);
+}
 
 py::object newTuple(const std::vector<py::object>& items) {
   py::tuple_builder tuple(items.size());
@@ -81,7 +84,10 @@ void startPython() { py::initialize_interpreter(); }
 
 py::object import(const char* name) { return py::module_::import(name); }
 py::object stolen(PyObject* object) { return py::reinterpret_steal<py::object>(object); }
-py::object borrowed(py::handle object) { return py::reinterpret_borrow<py::object>(object); }
+template <class Type = py::object>
+Type borrowed(py::handle object) {
+  return py::reinterpret_borrow<Type>(object);
+}
 
 py::object newTuple(const std::vector<py::object>& items) {
   py::tuple tuple(items.size());
@@ -93,9 +99,7 @@ py::object newArray(const std::vector<double>& values) {
   return py::array_t<double>(static_cast<py::ssize_t>(values.size()), values.data());
 }
 
-const void* dataOf(py::handle array) {
-  return py::reinterpret_borrow<py::buffer>(array).request().ptr;
-}
+const void* dataOf(py::handle array) { return borrowed<py::buffer>(array).request().ptr; }
 
 }  // namespace
 
@@ -213,7 +217,7 @@ void containers(Contender& contender) {
   });
   contender.row("items", [](const Task& task) {
     return [x = subject(task), size = task.size] {
-      for (std::size_t i = 0; i < size; ++i) keep(make([&] { return (*x)[py::int_(i)]; }));
+      for (std::size_t i = 0; i < size; ++i) keep(make([&] { return borrowed<py::list>(*x)[i]; }));
     };
   });
   onParts(contender, "dict_get", [](const Parts& x) { keep(make([&] { return x[0][x[1]]; })); });

@@ -72,7 +72,8 @@ def main():
     height = max(sum(len(results) + 1.5 for results in column.values()) for column in columns)
     figure = plt.figure(figsize=(6 * len(columns), 0.3 * height + 0.6))
     legend = {}
-    for part, column in zip(figure.subfigures(1, len(columns), squeeze=False, facecolor="none")[0], columns):
+    parts = figure.subfigures(1, len(columns), squeeze=False, facecolor="none")[0]
+    for part, column in zip(parts, columns):
         panels = part.subplots(len(column), squeeze=False, gridspec_kw={
             "height_ratios": [len(results) for results in column.values()]})
         for axes, (group, results) in zip(panels[:, 0], column.items()):
