@@ -18,6 +18,9 @@ import time
 import rows
 
 BATCH = 10_000_000  # nanoseconds that one measurement lasts at least
+# Whether freed memory goes back to the system, and comes from there page by page, depends on what a
+# process did before; here it stays.
+STEADY_MEMORY = {"MALLOC_TRIM_THRESHOLD_": "1073741824", "MALLOC_MMAP_THRESHOLD_": "1073741824"}
 SHUFFLED_TOGETHER = 1_000_000  # rows of larger subjects are made, measured and let go one by one
 
 
@@ -27,7 +30,8 @@ class Contender:
     def __init__(self, name, title, command, core):
         self.name, self.title, self.command, self.core = name, title, command, core
         self.process = subprocess.Popen(self.command, stdin=subprocess.PIPE, text=True,
-                                        stdout=subprocess.PIPE, preexec_fn=self.pin)
+                                        stdout=subprocess.PIPE, preexec_fn=self.pin,
+                                        env=dict(os.environ, **STEADY_MEMORY))
         self.about = self.process.stdout.readline().strip()
         self.rows = set(self.process.stdout.readline().split())
         unknown = self.rows - {row.name for row in rows.ROWS if row is not rows.START}

@@ -17,7 +17,8 @@ import rows  # noqa: E402
 
 COLOURS = {"raw_kept": "#b8c4d0", "raw_handed_over": "#5b7a99", "pybind11": "#e0a458",
            "nanobind": "#7fa650", "numpy": "#a06cb0"}
-BAR = 0.15  # of the height of a group
+BAR = 0.15  # of the height of a row
+ROW, BETWEEN, TOP = 0.28, 0.5, 0.7  # inches
 
 
 def chosen(results, group):
@@ -69,8 +70,9 @@ def main():
     columns = halves({group: results for group, results in groups.items() if results})
 
     plt.rcParams.update({"svg.fonttype": "none", "svg.hashsalt": "bench"})
-    height = max(sum(len(results) + 1.5 for results in column.values()) for column in columns)
-    figure = plt.figure(figsize=(6 * len(columns), 0.3 * height + 0.6))
+    height = max(sum(ROW * len(results) + BETWEEN for results in column.values())
+                 for column in columns) + TOP
+    figure = plt.figure(figsize=(6 * len(columns), height))
     legend = {}
     parts = figure.subfigures(1, len(columns), squeeze=False, facecolor="none")[0]
     for part, column in zip(parts, columns):
@@ -79,8 +81,9 @@ def main():
         for axes, (group, results) in zip(panels[:, 0], column.items()):
             draw(axes, group, results, titles)
             legend.update(dict(zip(*reversed(axes.get_legend_handles_labels()))))
-        part.subplots_adjust(left=0.47, right=0.98, hspace=0.55, bottom=0.04,
-                             top=1 - 0.8 / figure.get_figheight())
+        average = (height - TOP - BETWEEN * len(column)) / len(column)
+        part.subplots_adjust(left=0.47, right=0.98, top=1 - TOP / height, hspace=BETWEEN / average,
+                             bottom=BETWEEN / height)
     figure.legend(legend.values(), legend.keys(), loc="upper center", ncol=len(legend),
                   fontsize=7, frameon=False)
     figure.savefig(sys.argv[2], metadata={"Date": None})

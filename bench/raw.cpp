@@ -431,7 +431,7 @@ void columns(Contender& contender) {
       PyObject* const bytes = PyBytes_FromStringAndSize(nullptr, size);
       char* data = PyBytes_AS_STRING(bytes);
       for (const double value : values) {
-        const std::int64_t count = std::llround(value * 1000);
+        const auto count = static_cast<std::int64_t>(value * 1000 + std::copysign(0.5, value));
         std::memcpy(data, &count, sizeof count);
         data += sizeof count;
       }
