@@ -80,7 +80,7 @@ def contenders(folder, python, core):
             ("raw_handed_over", "C API", [program % "raw_handed_over"]),
             ("pybind11", "pybind11", [program % "pybind11"]),
             ("nanobind", "nanobind", [program % "nanobind"]),
-            ("numpy", "NumPy", [python[1], steps])):
+            ("numpy", "NumPy", [program % "python", steps])):
         if os.path.exists(command[0]):
             found.append(Contender(name, title, command, core))
         else:

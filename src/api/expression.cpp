@@ -62,7 +62,7 @@ Reference reshape(Borrowed data, std::uint64_t ndim, const std::uint64_t* dims) 
   for (std::uint64_t i = 0; i < ndim; ++i) {
     shape.push_back(integer(static_cast<std::int32_t>(static_cast<std::uint32_t>(dims[i]))));
   }
-  const Reference dimensions = newTuple(shape);
+  const Reference dimensions = newTuple(Frame(), shape);
   return reshape({data, dimensions, str(u"F")});
 }
 

@@ -13,7 +13,8 @@ bool pyIsMapping(pyArray* object) { return perform<&PyAPIImpl::PyMapping_Check>(
 PyHandle pyCreateDict() { return make<&PyAPIImpl::PyDict_New>(); }
 
 PyHandle pyCreateDict(const std::vector<std::pair<PyHandle, PyHandle>>& items) {
-  return newDict(items);
+  const Frame api;
+  return newDict(api, items);
 }
 
 PyHandle pyMappingGetItem(pyArray* map, pyArray* key) {

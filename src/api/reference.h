@@ -48,6 +48,12 @@ class Reference {
 
   PyObject* get() const { return object_; }
 
+  /// Drops the reference in a frame that is there; what a hot path does in place of the destructor,
+  /// which opens one.
+  void drop(const Frame& api) {
+    if (object_ != nullptr) api->Py_DecRef(std::exchange(object_, nullptr));
+  }
+
   /// `object(*args, **kwargs)`. The language evaluates the object before the arguments, and these
   /// in their order: an expression fails where the Python expression would.
   Reference operator()(std::initializer_list<Borrowed> args = {},
@@ -95,8 +101,7 @@ inline Reference::operator PyHandle() && { return handleOf(std::exchange(object_
 
 /// A tuple of objects, each with a reference of its own.
 template <class Items>
-Reference newTuple(const Items& items) {
-  const Frame api;
+Reference newTuple(const Frame& api, const Items& items) {
   Reference tuple(api->PyTuple_New(cSize(items.size())));
   std::int64_t index = 0;
   for (const auto& item : items) api->setTupleItem(tuple.get(), index++, Borrowed(item));
@@ -105,8 +110,7 @@ Reference newTuple(const Items& items) {
 
 /// A dictionary of pairs (key, value), in their order.
 template <class Items>
-Reference newDict(const Items& items) {
-  const Frame api;
+Reference newDict(const Frame& api, const Items& items) {
   Reference dict(api->PyDict_New());
   for (const auto& [key, value] : items) {
     api->PyObject_SetItem(dict.get(), Borrowed(key), Borrowed(value));
@@ -118,9 +122,12 @@ Reference newDict(const Items& items) {
 template <class Args, class Kwargs>
 Reference callWith(Borrowed callable, const Args& args, const Kwargs& kwargs) {
   const Frame api;
-  const Reference tuple = newTuple(args);
-  const Reference dict = newDict(kwargs);
-  return Reference(api->PyObject_Call(callable, tuple.get(), dict.get()));
+  Reference tuple = newTuple(api, args);
+  Reference dict = newDict(api, kwargs);
+  Reference result(api->PyObject_Call(callable, tuple.get(), dict.get()));
+  dict.drop(api);
+  tuple.drop(api);
+  return result;
 }
 
 inline Reference Reference::operator()(std::initializer_list<Borrowed> args,

@@ -31,7 +31,10 @@ void pyTupleSetValue(pyArray* tuple, std::uint64_t index, pyArray* value) {
   api->setTupleItem(toPyObject(tuple), cSize(index), toPyObject(value));
 }
 
-PyHandle pyTupleCreate(const std::vector<PyHandle>& items) { return newTuple(items); }
+PyHandle pyTupleCreate(const std::vector<PyHandle>& items) {
+  const Frame api;
+  return newTuple(api, items);
+}
 
 PyHandle pyPopItemFromList(pyArray* list, HostLong index) {
   const Reference position = integer(index);

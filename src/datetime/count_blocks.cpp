@@ -97,19 +97,20 @@ std::int64_t largestCount(const Unit& unit) {
 
 }  // namespace
 
-bool readDates(Borrowed flat, const std::vector<bool>& nat, DatetimeColumns& columns) {
-  const auto block = blockOf(flat, nat.size());
+bool readDates(Borrowed flat, const NotATime& nat, DatetimeColumns& columns) {
+  const std::size_t size = nat.marks.size();
+  const auto block = blockOf(flat, size);
   if (!block) return false;
   const Unit unit = unitOf(block->type);
   if (unit.rule == nullptr) return false;
 
   const std::int64_t largest = largestCount(unit);
-  for (std::size_t i = 0; i < nat.size(); ++i) {
+  for (std::size_t i = 0; i < size; ++i) {
     const auto count = block->at<std::int64_t>(i);
-    if (!nat[i] && (count < -largest || count > largest)) return false;
+    if (!nat.marks[i] && (count < -largest || count > largest)) return false;
   }
-  for (std::size_t i = 0; i < nat.size(); ++i) {
-    if (!nat[i]) unit.rule->store(columns, i, block->at<std::int64_t>(i) * unit.multiple);
+  for (std::size_t i = 0; i < size; ++i) {
+    if (!nat.marks[i]) unit.rule->store(columns, i, block->at<std::int64_t>(i) * unit.multiple);
   }
   return true;
 }

@@ -13,8 +13,7 @@ namespace pelion_core::detail {
 
 /// Decomposes a flat `datetime64` array. False when NumPy has to: for a unit below the nanosecond,
 /// and where one of its own steps could overflow.
-bool readDates(Borrowed flat, const std::vector<bool>& nat,
-               api::primitive::DatetimeColumns& columns);
+bool readDates(Borrowed flat, const NotATime& nat, api::primitive::DatetimeColumns& columns);
 
 /// Decomposes a flat `datetime64[us]` array as the `datetime.datetime` objects that its elements
 /// become. One that becomes none, being not-a-time or out of Python's years, is marked in `nat`.

@@ -30,21 +30,35 @@ Reference createArray(const Args& args, const std::u16string& dtype) {
                   std::initializer_list<Keyword>{{dtypeName, dtypeText}, {orderName, order}});
 }
 
-using OneArgument = std::initializer_list<Borrowed>;
+using Arguments = std::initializer_list<Borrowed>;
 
-/// A tuple of what `create` makes of 0 to `count` - 1. The lock is given up now and then, so that
-/// Python's own threads run beside a long column.
-template <class Create>
-Reference tupleOf(std::uint64_t count, Create create) {
+/// A tuple of what a member of NumPy makes of `count` elements, each called with the tuple that
+/// `argumentsOf(api, index)` returns. The lock is given up now and then, so that Python's own
+/// threads run beside a long column.
+template <class ArgumentsOf>
+Reference scalarsOf(const char* member, std::uint64_t count, ArgumentsOf argumentsOf) {
   constexpr std::uint64_t atATime = 4096;
   Reference tuple = own<&PyAPIImpl::PyTuple_New>(cSize(count));
+  Reference scalar;
   for (std::uint64_t begin = 0; begin < count; begin += atATime) {
     const Frame api;
+    if (begin == 0) scalar = attr(importModule(u"numpy"), member);
     for (std::uint64_t i = begin; i < std::min(count, begin + atATime); ++i) {
-      api->setTupleItem(tuple.get(), static_cast<std::int64_t>(i), create(i).get());
+      Reference args = argumentsOf(api, i);
+      Reference value(api->PyObject_Call(scalar.get(), args.get(), nullptr));
+      api->setTupleItem(tuple.get(), static_cast<std::int64_t>(i), value.get());
+      value.drop(api);
+      args.drop(api);
     }
   }
   return tuple;
+}
+
+/// A string of a host's UTF-8, where what is ill-formed becomes U+FFFD.
+Reference hostText(const std::string& utf8) {
+  const bool isAscii =
+      std::none_of(utf8.begin(), utf8.end(), [](char c) { return (c & 0x80) != 0; });
+  return isAscii ? str(utf8) : str(platform::toUtf16(utf8));
 }
 
 }  // namespace
@@ -74,7 +88,7 @@ PyHandle pyCreateDatetime(std::vector<double>& components, bool naive) {
 }
 
 PyHandle pyCreateDatetime64Scalar(std::string& text) {
-  return attr(importModule(u"numpy"), "datetime64")({str(platform::toUtf16(text))});
+  return attr(importModule(u"numpy"), "datetime64")({hostText(text)});
 }
 
 PyHandle pyCreateDatetime64Array(std::vector<PyHandle>& args) {
@@ -83,12 +97,10 @@ PyHandle pyCreateDatetime64Array(std::vector<PyHandle>& args) {
 
 PyHandle pyCreateDatetime64(std::vector<std::string>& texts, std::uint64_t count,
                             std::uint64_t ndims, std::uint64_t const* dims) {
-  Reference scalar;
-  const Reference scalars = tupleOf(count, [&](std::uint64_t i) {
-    if (scalar.get() == nullptr) scalar = attr(importModule(u"numpy"), "datetime64");
-    return scalar({str(platform::toUtf16(texts[i]))});
+  const Reference scalars = scalarsOf("datetime64", count, [&](const Frame& api, std::uint64_t i) {
+    return newTuple(api, Arguments{hostText(texts[i])});
   });
-  return reshape(createArray(OneArgument{scalars}, dateType), ndims, dims);
+  return reshape(createArray(Arguments{scalars}, dateType), ndims, dims);
 }
 
 // Durations
@@ -119,15 +131,11 @@ Reference durationCount(double milliseconds) {
 
 /// A flat array of durations, one Python scalar for each.
 Reference durationsOneByOne(const double* values, std::uint64_t count) {
-  Reference scalar;
-  Reference unit;
-  const Reference scalars = tupleOf(count, [&](std::uint64_t i) {
-    const Reference number = durationCount(values[i]);
-    if (unit.get() == nullptr) unit = str(u"us");
-    if (scalar.get() == nullptr) scalar = attr(importModule(u"numpy"), "timedelta64");
-    return scalar({number, unit});
+  const Reference unit = str(u"us");
+  const Reference scalars = scalarsOf("timedelta64", count, [&](const Frame& api, std::uint64_t i) {
+    return newTuple(api, Arguments{durationCount(values[i]), unit});
   });
-  return createArray(OneArgument{scalars}, durationType);
+  return createArray(Arguments{scalars}, durationType);
 }
 
 /// Whether NumPy's own functions would be called, which make of a block what they make of scalars.
@@ -147,7 +155,7 @@ Reference durationsAsBlock(const double* values, std::uint64_t count) {
   const Reference bytes = own<&PyAPIImpl::PyMemoryView_FromMemory>(
       count * sizeof(std::int64_t), reinterpret_cast<char*>(counts.data()));
   const Reference block = attr(bytes, "cast")({str(std::string("q"))});
-  return createArray(OneArgument{block}, durationType);
+  return createArray(Arguments{block}, durationType);
 }
 
 }  // namespace

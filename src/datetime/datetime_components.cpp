@@ -136,12 +136,12 @@ class RowReader {
     for (const char* const name : componentNames) calendar_.emplace_back(name);
   }
 
-  void operator()(std::size_t row, Borrowed datetime) const {
+  void operator()(const Frame& api, std::size_t row, Borrowed datetime) const {
     for (std::size_t i = 0; i < calendar_.size(); ++i) {
-      columns_.calendar[i][row] = calendar_[i](datetime);
+      columns_.calendar[i][row] = calendar_[i](api, datetime);
     }
-    columns_.seconds[row] = second_(datetime);
-    columns_.milliseconds[row] = microsecond_(datetime) / microsecondsPerMillisecond;
+    columns_.seconds[row] = second_(api, datetime);
+    columns_.milliseconds[row] = microsecond_(api, datetime) / microsecondsPerMillisecond;
   }
 
  private:
@@ -172,24 +172,25 @@ Datetime64ArrayComponents::Datetime64ArrayComponents(pyArray* arr) {
 }
 
 void Datetime64ArrayComponents::readNumbers(pyArray* arr) {
-  natIndices_ = natElements(arr, numel());
-  if (isExactArray(arr) && readDates(flatten(arr), natIndices_, columns_)) return;
+  const NotATime nat = natElements(arr, numel());
+  natIndices_ = nat.marks;
+  if (isExactArray(arr) && readDates(flatten(arr), nat, columns_)) return;
 
-  const auto isNaT = [this](std::size_t i) { return natIndices_[i]; };
   decompose(arr, [&](Component component, const Reference& numbers) {
     const Reference flat = flatten(numbers);
     if (component == Nanosecond) {
-      readColumn<AsDouble>(flat, isNaT, columns_.milliseconds);
+      readColumn<AsDouble>(flat, nat, columns_.milliseconds);
       for (double& each : columns_.milliseconds) each /= nanosecondsPerMillisecond;
     } else if (component == Second) {
-      readColumn<AsDouble>(flat, isNaT, columns_.seconds);
+      readColumn<AsDouble>(flat, nat, columns_.seconds);
     } else {
-      readColumn<AsHostLong>(flat, isNaT, columns_.calendar[component]);
+      readColumn<AsHostLong>(flat, nat, columns_.calendar[component]);
     }
   });
 }
 
 void Datetime64ArrayComponents::readObjects(pyArray* arr) {
+  const Frame api;
   const Reference microseconds = astype(arr, u"datetime64[us]");
   if (isExactArray(microseconds) && readPythonDates(flatten(microseconds), natIndices_, columns_)) {
     return;
@@ -201,7 +202,7 @@ void Datetime64ArrayComponents::readObjects(pyArray* arr) {
   for (std::size_t i = 0; i < natIndices_.size(); ++i) {
     const Reference element = takeItem({integer(static_cast<std::int64_t>(i))});
     natIndices_[i] = !isFromDatetimeModule(element);
-    if (!natIndices_[i]) readRow(i, element);
+    if (!natIndices_[i]) readRow(api, i, element);
   }
 }
 
@@ -245,14 +246,15 @@ DatetimeListComponent::DatetimeListComponent(pyArray* list) {
   std::string zone;
   ZoneReader zoneOf;
   const RowReader readRow(columns_);
-  eachItem(list, size, [&](std::size_t i, Borrowed datetime) {
-    readRow(i, datetime);
+  eachItem(api, list, size, [&](std::size_t i, Borrowed datetime) {
+    readRow(api, i, datetime);
     zone = zoneOf(datetime);
     if (reference == unread) {
       reference = zone;
     } else if (zone != reference) {
       areTimeZoneElementsOfListSame_ = false;
     }
+    return true;
   });
   timezone_ = platform::toUtf16(zone);
 }

@@ -1,6 +1,6 @@
 #include "datetime/numpy_value.h"
 
-#include "datetime/columns.h"
+#include <cstring>
 
 namespace pelion_core::detail {
 
@@ -30,10 +30,14 @@ Classified classify(Borrowed value, const DatetimeKind& kind) {
 
 Reference isNaT(Borrowed value) { return attr(importModule(u"numpy"), "isnat")({share(value)}); }
 
-std::vector<bool> natElements(Borrowed array, std::size_t count) {
-  std::vector<bool> elements(count);
-  readColumn<AsTruth>(flatten(isNaT(array)), elements);
-  return elements;
+NotATime natElements(Borrowed array, std::size_t count) {
+  NotATime nat{std::vector<bool>(count), false};
+  const Reference flat = flatten(isNaT(array));
+  const auto block = blockOf(flat, count);
+  if (block && block->type == "|b1" && std::memchr(block->data, 1, count) == nullptr) return nat;
+  readColumn<AsTruth>(flat, NotATime(), nat.marks);
+  nat.any = true;
+  return nat;
 }
 
 std::string unitText(Borrowed value) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "api/expression.h"
+#include "datetime/columns.h"
 
 /// What the decompositions of dates and durations share: questions to a NumPy value.
 namespace pelion_core::detail {
@@ -37,7 +38,7 @@ Classified classify(Borrowed value, const DatetimeKind& kind);
 Reference isNaT(Borrowed value);
 
 /// The elements of `isNaT(array)`, of which there are `count`.
-std::vector<bool> natElements(Borrowed array, std::size_t count);
+NotATime natElements(Borrowed array, std::size_t count);
 
 /// The unit in `value.dtype.name`: "ms" of "timedelta64[ms]"; empty when it has none.
 std::string unitText(Borrowed value);
@@ -68,10 +69,11 @@ class IntAttribute {
  public:
   explicit IntAttribute(const char* name) : name_(str(std::string(name))) {}
 
-  HostLong operator()(Borrowed object) const {
-    const Frame api;
-    const Reference value(api->PyObject_GetAttr(object, name_.get()));
-    return api->intAsLong(value.get());
+  HostLong operator()(const Frame& api, Borrowed object) const {
+    PyObject* const value = api->PyObject_GetAttr(object, name_.get());
+    const HostLong number = api->intAsLong(value);
+    api->Py_DecRef(value);
+    return number;
   }
 
  private:

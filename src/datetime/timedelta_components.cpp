@@ -61,10 +61,10 @@ Reference apply(const UnitRule& rule, Borrowed value) {
 /// Decomposes `datetime.timedelta` objects.
 class TimedeltaReader {
  public:
-  TimedeltaParts operator()(Borrowed timedelta) const {
-    const HostLong days = days_(timedelta);
-    const HostLong seconds = seconds_(timedelta);
-    return timedeltaParts(days, seconds, microseconds_(timedelta));
+  TimedeltaParts operator()(const Frame& api, Borrowed timedelta) const {
+    const HostLong days = days_(api, timedelta);
+    const HostLong seconds = seconds_(api, timedelta);
+    return timedeltaParts(days, seconds, microseconds_(api, timedelta));
   }
 
  private:
@@ -111,7 +111,7 @@ void Timedelta64Component::readObject(pyArray* obj) {
   if (isInstanceOfMember(value, u"numpy", "ndarray")) value = attr(value, "item")({integer(0)});
   isNaT_ = !DatetimeModuleTest()(value);
   if (isNaT_) return;
-  const TimedeltaParts parts = TimedeltaReader()(value);
+  const TimedeltaParts parts = TimedeltaReader()(Frame(), value);
   hour_ = parts.hours;
   second_ = parts.seconds;
   millisecond_ = parts.milliseconds;
@@ -147,24 +147,25 @@ Timedelta64ArrayComponents::Timedelta64ArrayComponents(pyArray* arr) {
 }
 
 void Timedelta64ArrayComponents::readNumbers(pyArray* arr) {
-  natIndices_ = natElements(arr, numel());
+  const NotATime nat = natElements(arr, numel());
+  natIndices_ = nat.marks;
   dtypeFlag_ = unitText(arr);
   isMsInt_ = dtypeFlag_ == "ms";
   const UnitRule* const rule = findRule(dtypeFlag_);
   isValid_ = rule != nullptr;
   if (!isValid_) return;
 
-  const auto isNaT = [this](std::size_t i) { return natIndices_[i]; };
   const Reference numbers = apply(*rule, flatten(arr));
   if (rule->field == Millisecond) {
-    readColumn<AsDouble>(numbers, isNaT, milliseconds_);
+    readColumn<AsDouble>(numbers, nat, milliseconds_);
   } else {
     std::vector<std::int64_t>* const counts[] = {&hours_, &minutes_, &seconds_, &milliseconds_int_};
-    readColumn<AsInt64>(numbers, isNaT, *counts[rule->field]);
+    readColumn<AsInt64>(numbers, nat, *counts[rule->field]);
   }
 }
 
 void Timedelta64ArrayComponents::readObjects(pyArray* arr) {
+  const Frame api;
   const auto store = [this](std::size_t i, const TimedeltaParts& parts) {
     hours_[i] = parts.hours;
     seconds_[i] = parts.seconds;
@@ -181,7 +182,7 @@ void Timedelta64ArrayComponents::readObjects(pyArray* arr) {
   for (std::size_t i = 0; i < natIndices_.size(); ++i) {
     const Reference element = takeItem({integer(static_cast<std::int64_t>(i))});
     natIndices_[i] = !isFromDatetimeModule(element);
-    if (!natIndices_[i]) store(i, partsOf(element));
+    if (!natIndices_[i]) store(i, partsOf(api, element));
   }
 }
 
@@ -214,11 +215,12 @@ TimedeltaListComponent::TimedeltaListComponent(pyArray* list) {
   hours_.reserve(size);
   seconds_.reserve(size);
   const TimedeltaReader partsOf;
-  eachItem(list, size, [&](std::size_t, Borrowed timedelta) {
-    const TimedeltaParts parts = partsOf(timedelta);
+  eachItem(api, list, size, [&](std::size_t, Borrowed timedelta) {
+    const TimedeltaParts parts = partsOf(api, timedelta);
     hours_.push_back(parts.hours);
     seconds_.push_back(parts.seconds);
     milliseconds_.push_back(parts.milliseconds);
+    return true;
   });
 }
 

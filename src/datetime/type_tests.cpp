@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "datetime/columns.h"
 #include "datetime/exact_types.h"
 #include "datetime/type_tests.h"
 #include "platform/guarded_cast.h"
@@ -35,20 +36,18 @@ std::string offsetText(double seconds) {
 
 bool eachIsInstance(Borrowed sequence, const char* name, std::uint64_t& firstBad) {
   const Frame api;
-  const std::int64_t length = api->PySequence_Length(sequence);
+  const auto length = static_cast<std::size_t>(api->PySequence_Length(sequence));
   Reference cls;  // an empty sequence needs none
-  for (std::int64_t i = 0; i < length; ++i) {
-    const Reference element(api->PySequence_GetItem(sequence, i));
-    const bool passes = falseOnFailure([&] {
+  bool allPass = true;
+  eachItem(api, sequence, length, [&](std::size_t i, PyObject* element) {
+    allPass = falseOnFailure([&] {
       if (cls.get() == nullptr) cls = attr(importModule(u"datetime"), name);
-      return api->PyObject_IsInstance(element.get(), cls.get());
+      return api->PyObject_IsInstance(element, cls.get());
     });
-    if (!passes) {
-      firstBad = static_cast<std::uint64_t>(i) + 1;
-      return false;
-    }
-  }
-  return true;
+    if (!allPass) firstBad = i + 1;
+    return allPass;
+  });
+  return allPass;
 }
 
 std::string timezoneOf(Borrowed datetime) {

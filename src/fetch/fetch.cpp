@@ -1,8 +1,6 @@
 #include "pelion_core/fetch/fetch.h"
 
-#include <boost/algorithm/string/classification.hpp>
-#include <boost/algorithm/string/join.hpp>
-#include <boost/algorithm/string/split.hpp>
+#include <string>
 #include <vector>
 
 #include "api/expression.h"
@@ -15,38 +13,38 @@ namespace {
 
 using Names = std::vector<std::u16string>;
 
-/// One reading of a name: a module to import and the attributes to follow from it.
-struct Candidate {
-  std::u16string module;
-  Names attributes;
-};
-
-// The path without its leading "py".
+// The components of the path behind the leading "py".
 Names parse(const std::u16string& name) {
   Names components;
-  boost::algorithm::split(components, name, boost::algorithm::is_any_of(u"."));
+  for (std::size_t begin = 0, end = 0; end != name.npos; begin = end + 1) {
+    end = name.find(u'.', begin);
+    components.push_back(name.substr(begin, end - begin));
+  }
   if (components.size() < 2 || components.front() != u"py") throw BadPythonName();
   components.erase(components.begin());
   return components;
 }
 
-std::vector<Candidate> candidatesOf(const Names& path) {
-  std::vector<Candidate> candidates = {{DefaultPyModule()(), path}};
-  for (auto split = path.begin() + 1; split != path.end(); ++split) {
-    candidates.push_back(
-        {boost::algorithm::join(Names(path.begin(), split), u"."), Names(split, path.end())});
-  }
-  return candidates;
-}
-
-// What the fetchers do, without throwing where there is nothing: most readings lead nowhere.
-Reference resolve(const Candidate& candidate) {
-  Reference object = own<&PyAPIImpl::importModuleIfThere>(candidate.module);
-  for (const std::u16string& name : candidate.attributes) {
-    if (object.get() == nullptr) break;
-    object = own<&PyAPIImpl::getAttrIfThere>(object, str(name));
+// One reading of a name: the attributes of a path, from one of them on, followed from a module.
+// Does what the fetchers do, but does not throw where there is nothing: most readings lead nowhere.
+Reference resolve(const std::u16string& module, const Names& path, std::size_t firstAttribute) {
+  Reference object = own<&PyAPIImpl::importModuleIfThere>(module);
+  for (std::size_t i = firstAttribute; i < path.size() && object.get() != nullptr; ++i) {
+    object = own<&PyAPIImpl::getAttrIfThere>(object, str(path[i]));
   }
   return object;
+}
+
+// The same, with nothing pending when it found nothing, whatever the reason: the next reading may
+// succeed.
+Reference resolveOrNothing(const std::u16string& module, const Names& path,
+                           std::size_t firstAttribute) {
+  try {
+    return orElse([&] { return resolve(module, path, firstAttribute); },
+                  [] { return Reference(); });
+  } catch (...) {
+    return {};
+  }
 }
 
 /// `step()`; no error stays pending when it throws.
@@ -71,13 +69,13 @@ std::u16string DefaultPyModule::operator()() const {
 }
 
 PyHandle fetch(const std::u16string& name) {
-  for (const Candidate& candidate : candidatesOf(parse(name))) {
-    try {
-      Reference object = orElse([&] { return resolve(candidate); }, [] { return Reference(); });
-      if (object.get() != nullptr) return object;
-    } catch (...) {
-      // Whatever made this reading fail, the next one may succeed.
-    }
+  const Names path = parse(name);
+  std::u16string module = DefaultPyModule()();
+  for (std::size_t firstAttribute = 0; firstAttribute < path.size(); ++firstAttribute) {
+    if (firstAttribute == 1) module = path.front();
+    if (firstAttribute > 1) module += u"." + path[firstAttribute - 1];
+    Reference object = resolveOrNothing(module, path, firstAttribute);
+    if (object.get() != nullptr) return object;
   }
   throw SearchFailure();
 }
