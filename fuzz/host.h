@@ -35,6 +35,7 @@ class Host : public real::RealPython {
     run(prelude);
   }
   using RealPython::eval;
+  using RealPython::failure;
   using RealPython::holds;
   using RealPython::number;
 

@@ -191,5 +191,31 @@ except Exception: berlin = None
   EXPECT_EQ(bad, 2U);
 }
 
+TEST_F(Dates, StandInsForModulesSeeEveryCall) {
+  run(R"(
+import sys, types
+calls = []
+class StandIn(types.ModuleType):
+  def __getattr__(self, name):
+    real = getattr(np, name)
+    def recorded(*args, **kwargs):
+      calls.append(name + (str(args) if name.endswith('64') else ''))
+      return real(*args, **kwargs)
+    return recorded if callable(real) else real
+sys.modules['numpy'] = StandIn('numpy')
+)");
+  const std::uint64_t dims[] = {2};
+  double spans[] = {1.5, std::numeric_limits<double>::quiet_NaN()};
+  pyCreateTimedelta64(spans, 2, 1, dims);
+  std::vector<std::string> texts = {"2024-02-29", "NaT"};
+  pyCreateDatetime64(texts, 2, 1, dims);
+  const Datetime64ArrayComponents dates(eval("np.array(['2024-02-29', 'NaT'], 'M8[D]')").get());
+  run("sys.modules['numpy'] = np");
+  EXPECT_EQ(dates.natIndices(), (std::vector<bool>{false, true}));
+  EXPECT_EQ(repr("' '.join(calls)"),
+            "\"timedelta64(1500, 'us') timedelta64('NaT', 'us') array reshape"
+            " datetime64('2024-02-29',) datetime64('NaT',) array reshape isnat\"");
+}
+
 }  // namespace
 }  // namespace real
