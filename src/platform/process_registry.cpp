@@ -12,7 +12,6 @@ struct Registry {
   using Objects = std::map<TypeId, std::unique_ptr<void, Deleter>>;
 
   std::mutex mutex;
-  std::map<std::type_index, TypeId> types;
   std::array<Objects, 2> scopes;
 
   Objects& objects(RegistryScope scope) { return scopes[static_cast<std::size_t>(scope)]; }
@@ -25,12 +24,6 @@ Registry& theRegistry() {
 }
 
 }  // namespace
-
-TypeId typeId(std::type_index type) {
-  Registry& registry = theRegistry();
-  const std::lock_guard lock(registry.mutex);
-  return registry.types.try_emplace(type, registry.types.size()).first->second;
-}
 
 void* find(RegistryScope scope, TypeId id) {
   Registry& registry = theRegistry();

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <stdexcept>
 #include <typeindex>
 
@@ -18,32 +17,23 @@ enum class RegistryScope { Process, Engine };
 /// All operations may run concurrently.
 namespace registry {
 
-using TypeId = std::size_t;
+using TypeId = std::type_index;
 using Deleter = void (*)(void*);
-
-/// The number of a type, the same on every call.
-TypeId typeId(std::type_index type);
 
 /// The stored object, or null.
 void* find(RegistryScope scope, TypeId id);
 
-/// Stores `candidate` unless an object is there, and answers the stored one. A candidate that is
+/// Stores `candidate` unless an object is there, and returns the stored one. A candidate that is
 /// not taken stays with the caller.
 void* findOrInsert(RegistryScope scope, TypeId id, void* candidate, Deleter deleter);
 
 /// The stored object; throws `RegistryError` when there is none.
 void* findOrFail(RegistryScope scope, TypeId id);
 
-template <class T>
-TypeId typeIdOf() {
-  static const TypeId id = typeId(typeid(T));
-  return id;
-}
-
 /// The object of type `T`, made with its default constructor when there is none.
 template <class T>
 T& getOrCreate(RegistryScope scope) {
-  const TypeId id = typeIdOf<T>();
+  const TypeId id = typeid(T);
   void* stored = find(scope, id);
   if (stored == nullptr) {
     T* const candidate = new T();
@@ -56,7 +46,7 @@ T& getOrCreate(RegistryScope scope) {
     }
     if (stored != candidate) destroy(candidate);
   }
-  // Not null: findOrInsert answers the candidate or what was there before.
+  // Not null: findOrInsert returns the candidate or what was there before.
   // cppcheck-suppress nullPointerRedundantCheck
   return *static_cast<T*>(stored);
 }
@@ -64,7 +54,7 @@ T& getOrCreate(RegistryScope scope) {
 /// The object of type `T`; throws `RegistryError` when there is none.
 template <class T>
 T& get(RegistryScope scope) {
-  return *static_cast<T*>(findOrFail(scope, typeIdOf<T>()));
+  return *static_cast<T*>(findOrFail(scope, typeid(T)));
 }
 
 }  // namespace registry

@@ -36,7 +36,7 @@ bool isCutShort(const char* path) {
 
 void* openSharedLibrary(const char* utf8Path, int* error) {
   *error = EINVAL;
-  if (*utf8Path == '\0') return nullptr;  // dlopen would answer the main program
+  if (*utf8Path == '\0') return nullptr;  // dlopen would return the main program
 
   *error = ENOEXEC;
   if (isCutShort(utf8Path)) return nullptr;

@@ -36,7 +36,7 @@ PELION_CORE_EXPORT PyHandle pyFlattenNumpyData(pyArray* array);
 /// `dataFrame.get(label)`: a column, or None when there is no such label.
 PELION_CORE_EXPORT PyHandle pyGetColumnDataAsPandasSeries(pyArray* dataFrame, PyHandle label);
 
-/// `dataFrame.columns.values.astype("str").tolist()`: the labels as texts, whatever they are.
+/// `dataFrame.columns.values.astype("str").tolist()`: the labels as strings, whatever they are.
 PELION_CORE_EXPORT PyHandle pyGetDataFrameColumnsAsList(pyArray* dataFrame);
 
 /// `bool(pandas.api.types.is_string_dtype(series))`; a failure throws.

@@ -10,7 +10,7 @@ namespace pelion_core::api::module {
 /// Whether the object is a module.
 PELION_CORE_EXPORT bool pyIsModule(pyArray* object);
 
-/// Imports a module by its (dotted) name and answers that very module, as `importlib.import_module`
+/// Imports a module by its (dotted) name and returns that very module, as `importlib.import_module`
 /// does; a missing one raises `ModuleNotFoundError`.
 PELION_CORE_EXPORT PyHandle pyCreateModule(const std::u16string& name);
 

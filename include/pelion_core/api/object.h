@@ -62,7 +62,7 @@ PELION_CORE_EXPORT PyHandle pyStr(pyArray* object);
 /// else: "Python object is neither string nor unicode. Cannot return chars.".
 PELION_CORE_EXPORT const char* pyGetChars(pyArray* object);
 
-/// For the byte strings of the older interpreter line; every object of version 3 throws: a `str`
+/// For the byte strings of Python 2; every object of version 3 throws: a `str`
 /// "Failure to get std::string from Unicode.", anything else "Python object is not string. Cannot
 /// return std::string.". Use `pyGetChars` or `get_ustring`.
 PELION_CORE_EXPORT std::string get_stdstring(pyArray* object);

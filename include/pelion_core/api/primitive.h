@@ -10,7 +10,7 @@
 namespace pelion_core::api::primitive {
 
 /// @name Creation
-/// Each answers a new object.
+/// Each returns a new object.
 /// @{
 
 /// `True` or `False`.

@@ -10,7 +10,7 @@
 
 /// @file
 /// The usage-data service as a sink that the host provides. Without one, reports go nowhere. All
-/// texts are UTF-8.
+/// strings are UTF-8.
 
 namespace pelion_core {
 
@@ -45,7 +45,7 @@ class UsageRecord {
 /// How to submit a report. There is nothing to choose yet.
 struct UsageOptions {};
 
-/// What the service answers. The library ignores it.
+/// What the service returns. The library ignores it.
 struct UsageResponse {};
 
 /// The sink. An exception that leaves `logUsage` is swallowed and the report is not repeated.

@@ -150,14 +150,14 @@ class PELION_CORE_EXPORT IPythonAPI {
   /// The UTF-8 of a `str` or the bytes of a `bytes`, owned by the object; null, with the error
   /// pending, for anything else and for a `str` that UTF-8 cannot hold.
   virtual const char* getChars(PyObject* object) = 0;
-  /// Copies the bytes of a `bytes` and answers 0, or answers -1 with the error pending.
+  /// Copies the bytes of a `bytes` and returns 0, or returns -1 with the error pending.
   virtual int bytesToString(PyObject* object, std::string& out) = 0;
   /// As `bytesToString`, read as UTF-8.
   virtual int bytesToUString(PyObject* object, std::u16string& out) = 0;
   virtual bool PyUnicode_Check(PyObject* object) = 0;
   /// Strict; a leading byte-order mark is taken as such.
   virtual PyObject* PyUnicode_DecodeUTF16(const std::u16string& utf16) = 0;
-  /// Copies the text of a `str` and answers 0, or answers -1 with the error pending.
+  /// Copies the text of a `str` and returns 0, or returns -1 with the error pending.
   virtual int unicodeToUString(PyObject* object, std::u16string& out) = 0;
   /// A writable view of host memory, which must outlive it.
   virtual PyObject* PyMemoryView_FromMemory(std::uint64_t size, char* data) = 0;

@@ -17,7 +17,7 @@ namespace pelion_core {
 /// <https://docs.python.org/3/c-api/>: the caller holds the interpreter lock. Calling a member when
 /// `acquired()` is false is undefined. Members that differ from the C API:
 /// - the type tests (`PyLong_Check`, ...) are `PyObject_IsInstance` on the bound type object, so
-///   they accept subclasses and answer its raw 1, 0 or -1;
+///   they accept subclasses and return its raw 1, 0 or -1;
 /// - `PyCapsule_Import` always asks not to block;
 /// - `Py_IncRef` and `Py_DecRef` do nothing for null.
 class PythonFuncs {
