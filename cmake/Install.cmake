@@ -1,4 +1,4 @@
-# `cmake --install` gives a host the headers, the library and what find_package and pkg-config need.
+# `cmake --install` gives a host the headers, the libraries and what find_package and pkg-config need.
 
 option(PELION_CORE_INSTALL "Make rules to install the library" ${PROJECT_IS_TOP_LEVEL})
 if(NOT PELION_CORE_INSTALL)
@@ -9,7 +9,7 @@ include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/pelion_core)
 set(generated ${PROJECT_BINARY_DIR}/install)
 
-install(TARGETS pelion_core EXPORT pelion_core
+install(TARGETS pelion_core pelion_core_host EXPORT pelion_core
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
