@@ -34,6 +34,7 @@
 #include "pelion_core/platform/export.h"
 #include "pelion_core/platform/foundation_exception.h"
 #include "pelion_core/platform/host_long.h"
+#include "pelion_core/platform/string_array.h"
 #include "pelion_core/platform/usage_data.h"
 #include "pelion_core/python_api/internal_py_exception.h"
 #include "pelion_core/python_api/ipython_api.h"
