@@ -8,3 +8,6 @@ s/^namespace [a-z]+ = ::[a-z]+;$//
 s/^#include ".*\.def"$//
 # An operation of the interface that wraps one function of the C API bears its name.
 s/^  virtual .* (Py[A-Za-z0-9]*_[A-Za-z0-9]+)\(.*\) = 0;$/& \/\/\/< Wraps `\1` of the C API./
+# Every conversion has the same two members.
+s|^  static .*toPython\(|/** The value as a Python object. */ &|
+s|^  static .*fromPython\(|/** The value that a Python object has. */ &|

@@ -158,7 +158,8 @@ std::vector<fs::path> standardLibraryPlaces(const Settings& python) {
     return places;
   }
   const fs::path home = fs::u8path(python.home.substr(0, python.home.find(pathSeparator)));
-  const std::string folder = "python" + python.version;
+  const std::size_t minor = python.version.find('.') + 1;  // "3.11" of "3.11.7" too
+  const std::string folder = "python" + python.version.substr(0, python.version.find('.', minor));
   const std::string archive = boost::erase_all_copy(folder, ".") + ".zip";
   return {home / "lib" / folder, home / "lib" / (folder + "t"), home / "lib64" / folder,
           home / "Lib",          home / "lib" / archive,        home / archive};

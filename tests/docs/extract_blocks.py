@@ -3,7 +3,8 @@
     extract_blocks.py FOLDER PAGE...
 
 A ```cpp block with a `main` is a whole program; any other is the body of a function that runs in a
-loaded interpreter, with the library's namespaces at hand. A line that prints and ends in a comment,
+loaded interpreter, with the library's namespaces at hand; on the page of the front door, in a session
+`python`. A line that prints and ends in a comment,
 `std::cout << 1 + 1 << '\\n';  // 2`, promises what it prints. ```sh is a script for an empty folder,
 ```cmake a project around the program that stands before it and is named by its first line.
 
@@ -16,11 +17,14 @@ import sys
 
 PROMISE = re.compile(r"std::cout <<.*<< '\\n';\s*// (.*)$", re.MULTILINE)
 INCLUDE = re.compile(r"^#include .*\n", re.MULTILINE)
-HEAD = '''#include "real/real_python.h"
+HEAD = '''#include "host/host_python.h"
+#include "real/real_python.h"
 #include <iostream>
 using namespace pelion_core;
 using namespace pelion_core::api;
 using Fragment = real::RealPython;
+using Front = front::Host;
+namespace py = pelion_core::host;
 '''
 TEST = '''
 TEST%(kind)s, %(name)s) {
@@ -43,9 +47,12 @@ def as_test(name, page, line, text):
     body = '#line %d "%s"\n%s' % (line, page, INCLUDE.sub("\n", text))
     promised = "".join(found + "\n" for found in PROMISE.findall(text))
     if "int main()" not in text:
-        return TEST % {"kind": "_F(Fragment", "name": name, "body": body, "promised": promised}
-    function = body.replace("int main()", "int block()").rstrip()[:-1] + "  return 0;\n}\n"
-    return "".join(INCLUDE.findall(text)) + "namespace %s {\n%s}\n" % (name, function) + TEST % {
+        fixture = "_F(Front" if name.startswith("host_") else "_F(Fragment"
+        return TEST % {"kind": fixture, "name": name, "body": body, "promised": promised}
+    # What stands before main, such as a specialisation, may belong to any namespace.
+    before, main = body.split("int main()")
+    function = "namespace %s {\nint block()%s  return 0;\n}\n}\n" % (name, main.rstrip()[:-1])
+    return "".join(INCLUDE.findall(text)) + before + function + TEST % {
         "kind": "(Program", "name": name, "promised": promised,
         "body": "  EXPECT_EQ(%s::block(), 0);\n" % name}
 

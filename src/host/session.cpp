@@ -1,0 +1,115 @@
+#include "pelion_core/host/session.h"
+
+#include <boost/locale/encoding_utf.hpp>
+
+#include "pelion_core/api/exception.h"
+#include "pelion_core/api/interpreter.h"
+#include "pelion_core/api/module.h"
+#include "pelion_core/loader/loader.h"
+#include "state.h"
+
+namespace pelion_core::host {
+
+using detail::callHelper;
+using detail::Helper;
+using detail::perform;
+using detail::State;
+using detail::toPython;
+
+namespace {
+
+using Reason = LoadError::Reason;
+
+std::u16string utf16(const std::string& utf8) {
+  namespace conv = boost::locale::conv;
+  try {
+    return conv::utf_to_utf<char16_t>(utf8, conv::stop);
+  } catch (const conv::conversion_error&) {
+    throw LoadError(Reason::notFound,
+                    "a setting of Python is not UTF-8: \"" + conv::utf_to_utf<char>(utf8) + '"');
+  }
+}
+
+void load(const Settings& python) {
+  const int result = loader::attemptToLoadPython(utf16(python.version), utf16(python.library),
+                                                 utf16(python.program), utf16(python.home),
+                                                 utf16(python.path), true);
+  if (result == -1) {
+    throw LoadError(Reason::notLoaded,
+                    python.library +
+                        " does not load as a Python 3 runtime: there is no such file, it is for "
+                        "another machine, or it lacks part of the C API (as Python 2 and PyPy do)");
+  }
+  if (result == -2) {
+    throw LoadError(Reason::alreadyRunning,
+                    "an interpreter is running in this process already: close it before another "
+                    "one is started");
+  }
+}
+
+void close(State& here) {
+  detail::releaseReferences();  // what their ends run may still use the session
+  here.functions.clear();
+  detail::releaseReferences();  // what the functions had
+  here.helpers = {};
+  here.connected = false;
+  here.open = false;
+  api::interpreter::pyClose();
+}
+
+}  // namespace
+
+Session::Session(const Settings& settings) : settings_(settings) {
+  check(settings);
+  State& here = detail::state();
+  const std::lock_guard guard(here.lock);
+  if (here.open || (loader::isPythonLoaded() && api::interpreter::pyIsOpen())) {
+    throw LoadError(Reason::alreadyRunning,
+                    "this process has a session with a Python already: end it before another one "
+                    "is started");
+  }
+  load(settings);
+  api::exception::pyErrorClear();  // the first call gives the interpreter's lock to Python's
+                                   // threads
+  here.open = true;
+  try {
+    perform([] { detail::defineHelpers(); });
+  } catch (...) {
+    close(here);
+    throw;
+  }
+}
+
+Session::~Session() {
+  State& here = detail::state();
+  const std::lock_guard guard(here.lock);
+  try {
+    onOutput(nullptr);
+  } catch (const Error&) {
+    // The host's function threw; there is nobody left to tell.
+  }
+  close(here);
+}
+
+Object Session::operator()(const std::string& name) const {
+  return perform([&] { return Object(callHelper(Helper::find, {toPython(name)})); });
+}
+
+Object Session::import(const std::string& name) const {
+  return perform([&] { return Object(api::module::pyCreateModule(utf16(name))); });
+}
+
+Object Session::eval(const std::string& expression) const {
+  return perform([&] { return Object(callHelper(Helper::evaluate, {toPython(expression)})); });
+}
+
+void Session::run(const std::string& code) const {
+  perform([&] { callHelper(Helper::run, {toPython(code)}); });
+}
+
+void Session::onOutput(std::function<void(std::string_view, bool)> receive) const {
+  const Object target = receive ? function(std::move(receive)) : Object::of(nullptr);
+  perform([&] { callHelper(Helper::redirect, {target.handle()}); });
+}
+
+}  // namespace pelion_core::host

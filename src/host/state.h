@@ -1,0 +1,55 @@
+#pragma once
+
+#include <array>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "pelion_core/host/function.h"
+#include "pelion_core/host/runtime.h"
+
+namespace pelion_core::host::detail {
+
+/// The C++ functions that Python has callables of. Python drops one from any of its threads; it is
+/// destroyed on a host's, since it may own objects and so need the layer's lock.
+class Functions {
+ public:
+  std::size_t add(Callback function);
+  std::shared_ptr<const Callback> find(std::size_t id);
+  void drop(std::size_t id) noexcept;
+  /// Destroys what was dropped.
+  void sweep();
+  /// Drops them all.
+  void clear();
+
+ private:
+  std::mutex mutex_;
+  std::size_t last_ = 0;
+  std::map<std::size_t, std::shared_ptr<const Callback>> functions_;
+  std::vector<std::shared_ptr<const Callback>> dropped_;
+};
+
+/// What a process has of this layer. Made at the first use and never destroyed: a host's static
+/// objects may outlive every other.
+struct State {
+  Lock lock;
+  bool open = false;       // whether there is a session
+  bool connected = false;  // whether Python knows how to call functions
+  Reference list;          // the ends of the ring of references
+  Reference* spare = nullptr;
+  std::array<PyHandle, static_cast<std::size_t>(Helper::count)> helpers;
+  Functions functions;
+
+  State();
+};
+
+State& state();
+
+/// Makes the helpers, in the interpreter that was just started.
+void defineHelpers();
+
+/// Releases what the objects of the session hold; they stay, empty.
+void releaseReferences();
+
+}  // namespace pelion_core::host::detail

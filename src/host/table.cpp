@@ -1,0 +1,234 @@
+#include "pelion_core/host/table.h"
+
+#include <algorithm>
+#include <bitset>
+#include <boost/locale/encoding_utf.hpp>
+
+namespace pelion_core::host {
+namespace detail {
+namespace {
+
+namespace conv = boost::locale::conv;
+using Text = Zanthic::String::detail::StringArrayVariant;
+
+std::string quoted(const std::string& name) { return '"' + name + '"'; }
+
+const char* nameOf(Kind kind) {
+  switch (kind) {
+    case Kind::numbers:
+      return "floating numbers";
+    case Kind::integers:
+      return "integers";
+    case Kind::booleans:
+      return "booleans";
+    case Kind::instants:
+      return "time points";
+    case Kind::durations:
+      return "durations";
+    case Kind::texts:
+      return "strings";
+  }
+  return "";
+}
+
+std::size_t lengthOf(const Column& column) {
+  return std::visit([](const auto& values) { return values.size(); }, column.values);
+}
+
+// A character that stands in none of the texts.
+char16_t separatorOf(const StringArray& texts) {
+  std::bitset<0xD800> used;
+  for (const Text& each : texts.elements()) {
+    if (each.isMissing()) continue;
+    for (const char16_t c : each.text()) {
+      if (c < used.size()) used.set(c);
+    }
+  }
+  char16_t separator = 0;
+  while (separator < used.size() && used.test(separator)) ++separator;
+  if (separator == used.size()) throw std::overflow_error("texts that use every character");
+  return separator;
+}
+
+// A list of texts crosses as one text, which Python splits: making a thousand objects there is
+// one call instead of a thousand.
+PyHandle makeTexts(const StringArray& texts) {
+  const char16_t separator = separatorOf(texts);
+  std::u16string joined;
+  std::vector<std::size_t> missing;
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    if (i != 0) joined += separator;
+    if (texts[i].isMissing()) {
+      missing.push_back(i);
+    } else {
+      joined += texts[i].text();
+    }
+  }
+  return callHelper(Helper::splitTexts, {makeUtf16(joined), makeUtf16({&separator, 1}),
+                                         toPython(texts.size()), toPython(missing)});
+}
+
+StringArray readTexts(const PyHandle& list, std::vector<std::size_t> shape) {
+  using Parts = std::tuple<std::u16string, std::u16string, std::size_t, std::vector<std::size_t>>;
+  const auto [joined, separator, count, missing] =
+      fromPython<Parts>(callHelper(Helper::joinTexts, {list}));
+  std::vector<Text> texts(count);
+  std::size_t start = 0;
+  for (Text& each : texts) {
+    const std::size_t end = std::min(joined.find(separator, start), joined.size());
+    each = joined.substr(start, end - start);
+    start = end + 1;
+  }
+  for (const std::size_t position : missing) texts[position] = Text();
+  return StringArray(std::move(texts), std::move(shape));
+}
+
+template <class T>
+PyHandle viewOf(const std::vector<T>& values) {
+  return makeView(values.data(), values.size() * sizeof(T));
+}
+PyHandle viewOf(const StringArray& texts) { return makeTexts(texts); }
+
+// As helpers.cpp takes it: (name, NumPy's type, values, rows without one).
+PyHandle describe(const Column& column) {
+  std::string type(1, static_cast<char>(column.kind));
+  if (column.kind == Kind::instants || column.kind == Kind::durations) type += "8[us]";
+  // In the other kinds a value of its own shows that there is none.
+  const bool masked = column.kind == Kind::integers || column.kind == Kind::booleans;
+  const PyHandle values =
+      std::visit([](const auto& stored) { return viewOf(stored); }, column.values);
+  return api::sequence::pyTupleCreate(
+      {toPython(column.name), toPython(type), values,
+       toPython(masked ? column.missing : std::vector<std::size_t>())});
+}
+
+Column columnOf(const PyHandle& description) {
+  const std::vector<PyHandle> parts = readItems(description);
+  const auto kind = static_cast<Kind>(fromPython<std::string>(parts[1])[0]);
+  Column column{fromPython<std::string>(parts[0]), kind, {}, {}};
+  if (kind == Kind::texts) {
+    const std::size_t count = api::sequence::pySequenceLength(parts[2].get());
+    column.values = readTexts(parts[2], {count});
+    return column;
+  }
+  if (kind == Kind::numbers) {
+    column.values = fromPython<std::vector<double>>(parts[2]);
+  } else if (kind == Kind::booleans) {
+    column.values = fromPython<std::vector<std::uint8_t>>(parts[2]);
+  } else {
+    column.values = fromPython<std::vector<std::int64_t>>(parts[2]);
+  }
+  column.missing = fromPython<std::vector<std::size_t>>(parts[3]);
+  return column;
+}
+
+}  // namespace
+
+void wrongKind(const Column& column, Kind wanted) {
+  throw std::invalid_argument("column " + quoted(column.name) + " holds " + nameOf(column.kind) +
+                              ", not " + nameOf(wanted));
+}
+
+void hasMissing(const Column& column) {
+  throw std::invalid_argument("column " + quoted(column.name) +
+                              " has missing values: read elements of std::optional");
+}
+
+void columnOverflow(const std::string& column, const std::string& type) {
+  throw std::overflow_error(type + " of column " + quoted(column) + " does not fit");
+}
+
+std::string utf8Of(const std::u16string& text) { return conv::utf_to_utf<char>(text); }
+
+std::u16string utf16Of(std::string_view text) {
+  try {
+    return conv::utf_to_utf<char16_t>(text.data(), text.data() + text.size(), conv::stop);
+  } catch (const conv::conversion_error&) {
+    throw std::invalid_argument("a text is not UTF-8: " +
+                                quoted(conv::utf_to_utf<char>(std::string(text))));
+  }
+}
+
+}  // namespace detail
+
+Table& Table::add(const std::string& name, StringArray texts) {
+  return append({name, detail::Kind::texts, std::move(texts), {}});
+}
+
+Table& Table::append(detail::Column column) {
+  if (has(column.name)) {
+    throw std::invalid_argument("the table has a column " + detail::quoted(column.name) +
+                                " already");
+  }
+  const std::size_t length = detail::lengthOf(column);
+  if (!columns_.empty() && length != rows()) {
+    throw std::invalid_argument("column " + detail::quoted(column.name) + " has " +
+                                std::to_string(length) + " rows, the table " +
+                                std::to_string(rows()));
+  }
+  columns_.push_back(std::move(column));
+  return *this;
+}
+
+std::size_t Table::rows() const { return columns_.empty() ? 0 : detail::lengthOf(columns_[0]); }
+
+std::vector<std::string> Table::names() const {
+  std::vector<std::string> all;
+  for (const detail::Column& column : columns_) all.push_back(column.name);
+  return all;
+}
+
+bool Table::has(const std::string& name) const {
+  return std::any_of(columns_.begin(), columns_.end(),
+                     [&](const detail::Column& column) { return column.name == name; });
+}
+
+const detail::Column& Table::find(const std::string& name) const {
+  for (const detail::Column& column : columns_) {
+    if (column.name == name) return column;
+  }
+  std::string all;
+  for (const detail::Column& column : columns_) all += ' ' + detail::quoted(column.name);
+  throw std::out_of_range("the table has no column " + detail::quoted(name) + ", but" +
+                          (all.empty() ? " none" : all));
+}
+
+const StringArray& Table::texts(const std::string& name) const {
+  const detail::Column& column = find(name);
+  if (column.kind != detail::Kind::texts) detail::wrongKind(column, detail::Kind::texts);
+  return std::get<StringArray>(column.values);
+}
+
+Object Table::toPandas() const {
+  return detail::perform([&] {
+    PyArguments descriptions;
+    for (const detail::Column& column : columns_) descriptions.push_back(detail::describe(column));
+    return Object(
+        detail::callHelper(detail::Helper::frame, {api::sequence::pyTupleCreate(descriptions)}));
+  });
+}
+
+Table Table::fromPandas(const Object& frame) {
+  return detail::perform([&] {
+    Table table;
+    for (const PyHandle& each :
+         detail::readItems(detail::callHelper(detail::Helper::columns, {frame.handle()}))) {
+      table.append(detail::columnOf(each));
+    }
+    return table;
+  });
+}
+
+PyHandle Converter<StringArray>::toPython(const StringArray& texts) {
+  return detail::callHelper(
+      detail::Helper::textArray,
+      {detail::makeTexts(texts), api::sequence::pyTupleCreate(detail::eachToPython(texts.dims()))});
+}
+
+StringArray Converter<StringArray>::fromPython(const PyHandle& object) {
+  const std::vector<PyHandle> parts =
+      detail::readItems(detail::callHelper(detail::Helper::textsOf, {object}));
+  return detail::readTexts(parts[0], detail::fromPython<std::vector<std::size_t>>(parts[1]));
+}
+
+}  // namespace pelion_core::host
