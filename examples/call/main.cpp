@@ -1,19 +1,13 @@
 // Calls one Python function from the command line: the smallest whole host.
 
-#include <pelion_core/pelion_core.h>
-
 #include <iostream>
 #include <string>
 #include <vector>
 
-#include "find_python.h"
-#include "host.h"
-#include "python_values.h"
+#include "program.h"
 
 namespace {
 
-using namespace pelion_core;
-using namespace pelion_core::api;
 using namespace example;
 
 constexpr const char* notes = R"(
@@ -38,47 +32,49 @@ class Formatter : public CLI::Formatter {
   }
 };
 
-struct Call {
-  PyArguments args;
-  PyKeywords kwargs;
+// The positional arguments and the keyword arguments of a call.
+struct Words {
+  std::vector<py::Object> args;
+  std::map<std::string, py::Object> kwargs;
 };
 
-PyHandle literal(const std::string& word) {
-  return callByName(u"py.ast.literal_eval", {text(word)});
-}
-
-bool isIdentifier(const PyHandle& text) {
-  return primitive::pyBoolGetData(callMethod(text, "isidentifier").get());
-}
-
-void addArgument(Call& call, const std::string& word) {
-  const auto equals = word.find('=');
-  if (equals != std::string::npos) {
-    const PyHandle key = text(word.substr(0, equals));
-    if (isIdentifier(key)) {
-      call.kwargs.emplace_back(key, literal(word.substr(equals + 1)));
-      return;
+Words parsed(const py::Session& python, const std::vector<std::string>& words) {
+  const py::Object literal = python("ast.literal_eval");
+  const py::Object isIdentifier = python("str.isidentifier");
+  Words result;
+  for (const std::string& word : words) {
+    const auto equals = word.find('=');
+    const std::string key = word.substr(0, equals);
+    if (equals != std::string::npos && isIdentifier(key).as<bool>()) {
+      result.kwargs[key] = literal(word.substr(equals + 1));
+    } else {
+      result.args.push_back(literal(word));
     }
   }
-  call.args.push_back(literal(word));
+  return result;
 }
 
-PyHandle find(const std::string& name) {
+py::Object find(const py::Session& python, const std::string& name) {
+  const bool prefixed = name.substr(0, 3) == "py.";
   try {
-    return fetch::fetch(toUtf16(name));
-  } catch (const fetch::BadPythonName&) {
-    throw Failure(nameNotFound, "\"" + name + "\" is not a name like py.len or py.os.path.join");
-  } catch (const fetch::SearchFailure&) {
+    if (prefixed) return python(name.substr(3));
+  } catch (const py::Error& error) {
+    if (!error.matches("ImportError") && !error.matches("AttributeError") &&
+        !error.matches("NameError") && !error.matches("ValueError")) {
+      throw;
+    }
     throw Failure(nameNotFound, "nothing is named \"" + name + "\"");
   }
+  throw Failure(nameNotFound, "\"" + name + "\" is not a name like py.len or py.os.path.join");
 }
 
-int callNamed(const std::string& name, const std::vector<std::string>& words) {
-  const PyHandle callable = find(name);
-  Call call;
-  for (const std::string& word : words) addArgument(call, word);
-  const PyHandle result = object::pyInvoke(callable.get(), call.args, call.kwargs);
-  std::cout << object::pyGetZTClassName(result.get()) << '\n' << textOf(result) << '\n';
+int callNamed(const py::Session& python, const std::string& name,
+              const std::vector<std::string>& words) {
+  const py::Object callable = find(python, name);
+  const Words given = parsed(python, words);
+  const py::Object result = callable.apply(given.args, given.kwargs);
+  std::cout << pelion_core::api::object::pyGetZTClassName(result.get()) << '\n'
+            << result.str() << '\n';
   return EXIT_SUCCESS;
 }
 
@@ -86,7 +82,7 @@ int callNamed(const std::string& name, const std::vector<std::string>& words) {
 
 int main(int argc, char** argv) {
   CLI::App app;
-  PythonSettings settings;
+  py::Settings settings;
   addPythonOptions(app, settings);
   app.prefix_command();  // options end where NAME stands
   app.formatter(std::make_shared<Formatter>());
@@ -102,5 +98,5 @@ int main(int argc, char** argv) {
   words.erase(words.begin());
 
   return runWithPython("call", settings,
-                       [&](const PythonSettings&) { return callNamed(name, words); });
+                       [&](py::Session& python) { return callNamed(python, name, words); });
 }

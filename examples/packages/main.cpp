@@ -1,23 +1,17 @@
 // What is installed on this machine: a C++ host that reads, counts and sorts with Python's standard
 // library.
 
-#include <pelion_core/pelion_core.h>
-
 #include <algorithm>
 #include <iostream>
 #include <map>
 #include <string>
 #include <vector>
 
-#include "find_python.h"
-#include "host.h"
-#include "python_values.h"
+#include "program.h"
 #include "table.h"
 
 namespace {
 
-using namespace pelion_core;
-using namespace pelion_core::api;
 using namespace example;
 
 struct Item {
@@ -36,76 +30,60 @@ struct Listing {
   std::vector<Item> all;
 };
 
-PyHandle readText(const std::string& file) {
-  const PyHandle path = callByName(u"py.pathlib.Path", {text(file)});
-  return callMethod(path, "read_text", {},
-                    {{text(u"encoding"), text(u"utf-8")}, {text(u"errors"), text(u"replace")}});
+py::Object readText(const py::Session& python, const std::string& file) {
+  return python("pathlib.Path")(file).attr("read_text")(py::kw("encoding", "utf-8"),
+                                                        py::kw("errors", "replace"));
 }
 
 // A field of a package's paragraph, empty when the paragraph lacks it.
-std::string field(const PyHandle& paragraph, const char* name) {
-  const PyHandle value = item(paragraph, text(name));
-  return object::pyIsNone(value.get()) ? std::string() : textOf(value);
+std::string field(const py::Object& paragraph, const char* name) {
+  return paragraph[name].as<std::optional<std::string>>().value_or("");
 }
 
-double mebibytes(const PyHandle& kibibytes) {
-  return static_cast<double>(integerOf(module::pyInvokeInt(kibibytes.get()))) / 1024;
+double mebibytes(const py::Object& kibibytes) {
+  return kibibytes.isNone() ? 0.0 : std::stod(kibibytes.str()) / 1024;
 }
 
-Listing installedPackages(const PyHandle& status) {
-  const PyHandle parse = fetch::fetch(u"py.email.message_from_string");
-  const PyHandle parseAddress = fetch::fetch(u"py.email.utils.parseaddr");
-
+Listing installedPackages(const py::Session& python, const py::Object& status) {
+  const py::Object parse = python("email.message_from_string");
+  const py::Object parseAddress = python("email.utils.parseaddr");
   Listing listing{"packages", "section", "maintainer", "size [MiB]", 1, {}};
-  const PyHandle paragraphs = callMethod(callMethod(status, "strip"), "split", {text(u"\n\n")});
-  forEach(paragraphs, [&](const PyHandle& paragraph) {
-    const PyHandle fields = object::pyInvoke(parse.get(), PyArguments{paragraph}, PyKeywords{});
-    if (field(fields, "Status") != "install ok installed") return;
-
-    const PyHandle address = text(field(fields, "Maintainer"));
-    const PyHandle parts = object::pyInvoke(parseAddress.get(), PyArguments{address}, PyKeywords{});
-    const PyHandle size = item(fields, text("Installed-Size"));
-    const bool sized = !object::pyIsNone(size.get());
-    listing.all.push_back({field(fields, "Package"), field(fields, "Section"),
-                           textOf(item(parts, 0)), sized ? mebibytes(size) : 0.0});
-  });
+  for (const py::Object& paragraph : status.attr("strip")().attr("split")("\n\n")) {
+    const py::Object fields = parse(paragraph);
+    if (field(fields, "Status") != "install ok installed") continue;
+    const auto maintainer = parseAddress(field(fields, "Maintainer"))[0].as<std::string>();
+    listing.all.push_back({field(fields, "Package"), field(fields, "Section"), maintainer,
+                           mebibytes(fields["Installed-Size"])});
+  }
   return listing;
 }
 
-Listing timeZones(const PyHandle& table) {
+Listing timeZones(const py::Object& table) {
   Listing listing{"time zones", "area", "used in", "countries", 0, {}};
-  forEach(callMethod(table, "splitlines"), [&](const PyHandle& line) {
-    if (textOf(line).substr(0, 1) == "#") return;
-    const PyHandle cells = callMethod(line, "split", {text(u"\t")});
-    const std::string zone = textOf(item(cells, 2));
-    const PyHandle countries = callMethod(item(cells, 0), "split", {text(u",")});
-    listing.all.push_back({zone, zone.substr(0, zone.find('/')), textOf(item(cells, 0)),
-                           static_cast<double>(sequence::pySequenceLength(countries.get()))});
-  });
+  for (const auto& line : table.attr("splitlines")().as<std::vector<std::string>>()) {
+    if (line.substr(0, 1) == "#") continue;
+    const auto cells = py::Object::of(line).attr("split")("\t").as<std::vector<std::string>>();
+    const std::string& zone = cells[2];
+    const auto countries = std::count(cells[0].begin(), cells[0].end(), ',') + 1;
+    listing.all.push_back(
+        {zone, zone.substr(0, zone.find('/')), cells[0], static_cast<double>(countries)});
+  }
   return listing;
 }
 
 // The groups of all items with the number of their items, the largest group first.
-std::vector<std::pair<std::string, std::int64_t>> counted(const std::vector<Item>& items,
+std::vector<std::pair<std::string, std::int64_t>> counted(const py::Session& python,
+                                                          const std::vector<Item>& items,
                                                           std::string Item::*key) {
-  PyArguments keys;
-  keys.reserve(items.size());
-  for (const Item& each : items) keys.push_back(text(each.*key));
-
-  const PyHandle counter = callByName(u"py.collections.Counter", {sequence::pyTupleCreate(keys)});
-  const PyHandle second = callByName(u"py.operator.itemgetter", {primitive::pyCreateInt(1)});
-  const PyHandle sorted =
-      callByName(u"py.sorted", {mapping::pyMappingGetItems(counter.get())},
-                 {{text(u"key"), second}, {text(u"reverse"), primitive::pyCreateBool(true)}});
-
-  std::vector<std::pair<std::string, std::int64_t>> counts;
-  forEach(sorted, [&](const PyHandle& pair) {
-    counts.emplace_back(textOf(item(pair, 0)), integerOf(item(pair, 1)));
-  });
-  return counts;
+  std::vector<std::string> keys;
+  for (const Item& each : items) keys.push_back(each.*key);
+  return python("collections.Counter")(keys)
+      .attr("most_common")()
+      .as<std::vector<std::pair<std::string, std::int64_t>>>();
 }
 
-void printGroups(const Listing& listing, const std::string& title, std::string Item::*key) {
+void printGroups(const py::Session& python, const Listing& listing, const std::string& title,
+                 std::string Item::*key) {
   struct Total {
     double size = 0;
     const Item* largest = nullptr;
@@ -118,7 +96,7 @@ void printGroups(const Listing& listing, const std::string& title, std::string I
   }
 
   constexpr std::size_t shown = 8;
-  const auto counts = counted(listing.all, key);
+  const auto counts = counted(python, listing.all, key);
   std::vector<std::vector<std::string>> rows;
   for (std::size_t i = 0; i < std::min(shown, counts.size()); ++i) {
     const Total& total = totals[counts[i].first];
@@ -135,23 +113,23 @@ void printGroups(const Listing& listing, const std::string& title, std::string I
   if (counts.size() > shown) std::cout << "  and " << counts.size() - shown << " more\n";
 }
 
-void printListing(const std::string& file) {
-  const PyHandle content = readText(file);
+void printListing(const py::Session& python, const std::string& file) {
+  const py::Object content = readText(python, file);
   const bool zones = file.size() > 4 && file.substr(file.size() - 4) == ".tab";
-  const Listing listing = zones ? timeZones(content) : installedPackages(content);
+  const Listing listing = zones ? timeZones(content) : installedPackages(python, content);
   std::cout << file << ": " << listing.all.size() << ' ' << listing.items << '\n';
-  printGroups(listing, listing.group, &Item::group);
-  printGroups(listing, listing.holder, &Item::holder);
+  printGroups(python, listing, listing.group, &Item::group);
+  printGroups(python, listing, listing.holder, &Item::holder);
 }
 
 // The first file that can be read is the one that is shown.
-int printFirst(const std::vector<std::string>& files) {
+int printFirst(const py::Session& python, const std::vector<std::string>& files) {
   for (const std::string& file : files) {
     try {
-      printListing(file);
+      printListing(python, file);
       return EXIT_SUCCESS;
-    } catch (const InternalPyException& exception) {
-      std::cerr << takeErrorText(exception) << "packages: " << file << " cannot be used\n";
+    } catch (const py::Error& error) {
+      std::cerr << error.traceback() << "packages: " << file << " cannot be used\n";
     }
   }
   return pythonRaised;
@@ -161,7 +139,7 @@ int printFirst(const std::vector<std::string>& files) {
 
 int main(int argc, char** argv) {
   CLI::App app("Counts what is installed on this machine, by section and by maintainer.");
-  PythonSettings settings;
+  py::Settings settings;
   std::vector<std::string> files{"/var/lib/dpkg/status", "/usr/share/zoneinfo/zone1970.tab"};
   addPythonOptions(app, settings);
   app.add_option("FILE", files,
@@ -169,5 +147,5 @@ int main(int argc, char** argv) {
   if (const auto status = parse(app, argc, argv)) return *status;
 
   return runWithPython("packages", settings,
-                       [&](const PythonSettings&) { return printFirst(files); });
+                       [&](py::Session& python) { return printFirst(python, files); });
 }

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "python_values.h"
+#include "program.h"
 #include "weather_csv.h"
 
 namespace example {
@@ -26,16 +27,16 @@ struct KindSummary {
   std::optional<double> longestWait;  ///< days between two days of this kind, if there are two
 };
 
-/// A pandas `DataFrame` of the host's columns, sorted by date.
-PyHandle createFrame(Weather weather);
+/// What pandas' `agg` takes: functions by the columns that they work on.
+using Aggregations = std::map<std::string, std::string>;
 
-std::vector<MonthSummary> summariseMonths(const PyHandle& frame);
-std::vector<KindSummary> summariseKinds(const PyHandle& frame);
+/// A pandas `DataFrame` of the host's columns, sorted by date.
+py::Object createFrame(const Weather& weather);
+
+std::vector<MonthSummary> summariseMonths(const py::Session& python, const py::Object& frame);
+std::vector<KindSummary> summariseKinds(const py::Object& frame);
 
 /// `frame["date"].dt.month`: the month of the year of each row.
-PyHandle monthOfYear(const PyHandle& frame);
-
-/// What `agg` takes: (column, function) as a dictionary.
-PyHandle aggregations(const std::vector<std::pair<const char*, const char*>>& columns);
+py::Object monthOfYear(const py::Object& frame);
 
 }  // namespace example

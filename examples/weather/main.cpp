@@ -1,8 +1,6 @@
 // A host with its own columns of weather: hands them to pandas, takes aggregates back, and has
 // matplotlib draw them.
 
-#include <pelion_core/pelion_core.h>
-
 #include <iostream>
 #include <memory>
 #include <string>
@@ -10,15 +8,14 @@
 #include <vector>
 
 #include "analysis.h"
-#include "host.h"
 #include "picture.h"
+#include "program.h"
 #include "table.h"
 #include "weather_csv.h"
 
 namespace {
 
 using namespace pelion_core;
-using namespace pelion_core::api;
 using namespace example;
 
 /// Prints usage reports instead of sending them.
@@ -41,14 +38,14 @@ class UsagePrinter : public UsageDataService {
   }
 };
 
-void requirePackage(const std::string& name) {
+void requirePackage(const py::Session& python, const std::string& name) {
   try {
-    module::pyCreateModule(toUtf16(name));
-  } catch (const InternalPyException& exception) {
+    python.import(name);
+  } catch (const py::Error& error) {
     throw Failure(noPackage, "the Python package " + name +
                                  " cannot be used: install it for the Python program in use, or "
                                  "name another one with --program. Python says:\n" +
-                                 takeErrorText(exception));
+                                 error.traceback());
   }
 }
 
@@ -88,16 +85,16 @@ void printKinds(const std::vector<KindSummary>& kinds) {
              rows);
 }
 
-int showWeather(const std::string& file, const std::string& picture) {
-  Weather weather = readWeather(file, std::cerr);
-  for (const char* package : {"numpy", "pandas", "matplotlib"}) requirePackage(package);
+int showWeather(const py::Session& python, const std::string& file, const std::string& picture) {
+  const Weather weather = readWeather(file, std::cerr);
+  for (const char* package : {"numpy", "pandas", "matplotlib"}) requirePackage(python, package);
 
   std::cout << file << ": " << weather.dates.size() << " days\n\n";
-  const PyHandle frame = createFrame(std::move(weather));
-  printMonths(summariseMonths(frame));
+  const py::Object frame = createFrame(weather);
+  printMonths(summariseMonths(python, frame));
   std::cout << '\n';
   printKinds(summariseKinds(frame));
-  drawWeather(frame, picture);
+  drawWeather(python, frame, picture);
   std::cout << "\npicture: " << picture << '\n';
   return EXIT_SUCCESS;
 }
@@ -106,7 +103,7 @@ int showWeather(const std::string& file, const std::string& picture) {
 
 int main(int argc, char** argv) {
   CLI::App app("Aggregates a CSV file of daily weather with pandas and draws it with matplotlib.");
-  PythonSettings settings;
+  py::Settings settings;
   std::string file;
   std::string picture = "weather.png";
   bool usage = false;
@@ -118,8 +115,9 @@ int main(int argc, char** argv) {
   if (const auto status = parse(app, argc, argv)) return *status;
 
   if (usage) setUsageDataService(std::make_shared<UsagePrinter>());
-  return runWithPython("weather", settings, [&](const PythonSettings& python) {
-    loader::sendPythonPkgInfo(toUtf16(python.version), false, false);
-    return showWeather(file, picture);
+  return runWithPython("weather", settings, [&](py::Session& python) {
+    const std::string& version = python.settings().version;
+    loader::sendPythonPkgInfo({version.begin(), version.end()}, false, false);
+    return showWeather(python, file, picture);
   });
 }

@@ -5,68 +5,45 @@
 namespace example {
 namespace {
 
-using namespace pelion_core::api;
+using py::kw;
 
-PyHandle number(double value) { return primitive::pyCreateFloat(value); }
+void drawMonths(const py::Session& python, const py::Object& axes, const py::Object& frame) {
+  const py::Object months = python("pandas.Grouper")(kw("key", "date"), kw("freq", "MS"));
+  const py::Object monthly = frame.attr("groupby")(months).attr("agg")(
+      Aggregations{{"temp_min", "mean"}, {"temp_max", "mean"}, {"precipitation", "sum"}});
+  const py::Object time = monthly.attr("index").attr("to_numpy")();
 
-PyHandle valuesOf(const PyHandle& frame, const char* column) {
-  return callMethod(item(frame, text(column)), "to_numpy");
+  const py::Object rain = axes.attr("twinx")();
+  rain.attr("bar")(time, monthly["precipitation"], kw("width", 20), kw("color", "#4c78a8"),
+                   kw("alpha", 0.45));
+  rain.attr("set_ylabel")("precipitation in the month [mm]", kw("color", "#4c78a8"));
+  axes.attr("fill_between")(time, monthly["temp_min"], monthly["temp_max"], kw("color", "#e45756"),
+                            kw("alpha", 0.7));
+  axes.attr("set_ylabel")("mean daily low to high [°C]", kw("color", "#e45756"));
+  axes.attr("set_title")("Temperature and precipitation by month");
 }
 
-void drawMonths(const PyHandle& axes, const PyHandle& frame) {
-  const PyHandle months = callByName(u"py.pandas.Grouper", {},
-                                     {{text("key"), text("date")}, {text("freq"), text("MS")}});
-  const PyHandle monthly = callMethod(
-      callMethod(frame, "groupby", {months}), "agg",
-      {aggregations({{"temp_min", "mean"}, {"temp_max", "mean"}, {"precipitation", "sum"}})});
-  const PyHandle time = callMethod(member(monthly, "index"), "to_numpy");
-
-  const PyHandle rain = callMethod(axes, "twinx");
-  callMethod(rain, "bar", {time, valuesOf(monthly, "precipitation")},
-             {{text("width"), number(20)},
-              {text("color"), text("#4c78a8")},
-              {text("alpha"), number(0.45)}});
-  callMethod(rain, "set_ylabel", {text("precipitation in the month [mm]")},
-             {{text("color"), text("#4c78a8")}});
-  callMethod(axes, "fill_between",
-             {time, valuesOf(monthly, "temp_min"), valuesOf(monthly, "temp_max")},
-             {{text("color"), text("#e45756")}, {text("alpha"), number(0.7)}});
-  callMethod(axes, "set_ylabel", {text("mean daily low to high [°C]")},
-             {{text("color"), text("#e45756")}});
-  callMethod(axes, "set_title", {text("Temperature and precipitation by month")});
-}
-
-void drawKinds(const PyHandle& axes, const PyHandle& frame) {
-  const PyHandle shares =
-      callByName(u"py.pandas.crosstab", {monthOfYear(frame), item(frame, text("weather"))},
-                 {{text("normalize"), text("index")}});
-  callMethod(shares, "plot", {},
-             {{text("kind"), text("bar")},
-              {text("stacked"), primitive::pyCreateBool(true)},
-              {text("ax"), axes},
-              {text("width"), number(0.9)},
-              {text("rot"), primitive::pyCreateInt(0)},
-              {text("colormap"), text("viridis")}});
-  callMethod(axes, "set_xlabel", {text("month of the year")});
-  callMethod(axes, "set_ylabel", {text("share of days")});
-  callMethod(axes, "set_title", {text("Kinds of weather")});
-  callMethod(axes, "legend", {},
-             {{text("loc"), text("center left")},
-              {text("bbox_to_anchor"), sequence::pyTupleCreate({number(1), number(0.5)})}});
+void drawKinds(const py::Session& python, const py::Object& axes, const py::Object& frame) {
+  const py::Object shares =
+      python("pandas.crosstab")(monthOfYear(frame), frame["weather"], kw("normalize", "index"));
+  shares.attr("plot")(kw("kind", "bar"), kw("stacked", true), kw("ax", axes), kw("width", 0.9),
+                      kw("rot", 0), kw("colormap", "viridis"));
+  axes.attr("set_xlabel")("month of the year");
+  axes.attr("set_ylabel")("share of days");
+  axes.attr("set_title")("Kinds of weather");
+  axes.attr("legend")(kw("loc", "center left"), kw("bbox_to_anchor", std::pair(1, 0.5)));
 }
 
 }  // namespace
 
-void drawWeather(const PyHandle& frame, const std::string& file) {
-  callByName(u"py.matplotlib.use", {text("Agg")});  // no window, wherever this runs
-  const PyHandle figure =
-      callByName(u"py.matplotlib.figure.Figure", {},
-                 {{text("figsize"), sequence::pyTupleCreate({number(10), number(8)})},
-                  {text("layout"), text("constrained")}});
-  const PyHandle axes = callMethod(figure, "subplots", {primitive::pyCreateInt(2)});
-  drawMonths(item(axes, 0), frame);
-  drawKinds(item(axes, 1), frame);
-  callMethod(figure, "savefig", {text(file)}, {{text("dpi"), primitive::pyCreateInt(110)}});
+void drawWeather(const py::Session& python, const py::Object& frame, const std::string& file) {
+  python("matplotlib.use")("Agg");  // no window, wherever this runs
+  const py::Object figure = python("matplotlib.figure.Figure")(kw("figsize", std::pair(10, 8)),
+                                                               kw("layout", "constrained"));
+  const py::Object axes = figure.attr("subplots")(2);
+  drawMonths(python, axes[0], frame);
+  drawKinds(python, axes[1], frame);
+  figure.attr("savefig")(file, kw("dpi", 110));
 }
 
 }  // namespace example

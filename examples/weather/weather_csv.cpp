@@ -8,7 +8,7 @@
 #include <ostream>
 #include <stdexcept>
 
-#include "host.h"
+#include "program.h"
 
 namespace example {
 namespace {

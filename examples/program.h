@@ -1,16 +1,19 @@
 #pragma once
 
+#include <pelion_core/host.h>
+
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
 
-#include "find_python.h"
-
+/// What the examples share as programs: their options, their exit statuses.
 namespace example {
 
-/// The exit statuses of the examples, beside 0.
+namespace py = pelion_core::host;
+
+/// The exit statuses, beside 0.
 enum ExitStatus {
   pythonRaised = 1,    ///< Python raised an error
   wrongUsage = 2,      ///< the command line makes no sense
@@ -33,14 +36,17 @@ class Failure : public std::runtime_error {
   ExitStatus status_;
 };
 
+/// Adds `--python`, `--program`, `--home` and `--path`.
+void addPythonOptions(CLI::App& app, py::Settings& settings);
+
 /// Parses the command line. What `main` is to return when the program ends there: after `--help` or
 /// for wrong usage.
 std::optional<int> parse(CLI::App& app, int argc, char** argv);
 
-/// Starts the Python that `findPython(given)` answers, runs `work` with those settings, closes
-/// Python and answers the exit status of the process: that of `work`, or of what went wrong, which
-/// standard error then tells after `program`. `work` holds no handle when it returns or throws.
-int runWithPython(const char* program, const PythonSettings& given,
-                  const std::function<int(const PythonSettings&)>& work);
+/// Runs `work` in a session with the Python of these settings, completed. Returns the exit status
+/// of the process: that of `work`, or of what went wrong, which standard error then tells after
+/// `program`.
+int runWithPython(const char* program, const py::Settings& given,
+                  const std::function<int(py::Session&)>& work);
 
 }  // namespace example
