@@ -54,7 +54,7 @@ class PelionCore(ConanFile):
         CMake(self).install()
 
     def package_info(self):
-        self.cpp_info.libs = ["pelion_core"]
+        self.cpp_info.libs = ["pelion_core_host", "pelion_core"]
         # The package's own CMake and pkg-config files serve hosts better than generated ones.
         self.cpp_info.set_property("cmake_find_mode", "none")
         self.cpp_info.builddirs = [os.path.join("lib", "cmake", "pelion_core")]

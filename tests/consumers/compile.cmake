@@ -1,8 +1,8 @@
 # Compiles `source` against an installed tree and runs it.
-set(flags -I${includedir} -L${libdir} -lpelion_core)
+set(flags -I${includedir} -L${libdir} -lpelion_core_host -lpelion_core)
 if(use_pkg_config)
   set(ENV{PKG_CONFIG_PATH} ${libdir}/pkgconfig)
-  execute_process(COMMAND pkg-config --cflags --libs pelion_core
+  execute_process(COMMAND pkg-config --cflags --libs pelion_core_host
     OUTPUT_VARIABLE flags COMMAND_ERROR_IS_FATAL ANY)
   separate_arguments(flags UNIX_COMMAND "${flags}")
 endif()
