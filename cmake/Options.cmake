@@ -1,5 +1,6 @@
 # What is built, and how every target of the project is compiled.
 
+option(PELION_CORE_PROGRAM "Build the program pelion" ${PROJECT_IS_TOP_LEVEL})
 option(PELION_CORE_EXAMPLES "Build the example hosts" ${PROJECT_IS_TOP_LEVEL})
 option(PELION_CORE_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
 option(PELION_CORE_BENCH "Build the benchmarks" OFF)
@@ -24,3 +25,13 @@ function(pelion_compile target)
     target_link_options(${target} PRIVATE ${flags})
   endif()
 endfunction()
+
+# pelion_find_headers(package version): a library of headers alone, as package::package. A cross build
+# has them beside Boost's.
+macro(pelion_find_headers package version)
+  if(NOT CMAKE_CROSSCOMPILING)
+    find_package(${package} ${version} REQUIRED)
+  elseif(NOT TARGET ${package}::${package})
+    add_library(${package}::${package} INTERFACE IMPORTED)
+  endif()
+endmacro()

@@ -19,11 +19,11 @@ if(NOT checking)
   # A program finds a DLL beside itself.
   set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 
-  # The system's own headers must not be seen, so its Boost and CLI11, which are headers alone, get a
+  # The system's own headers must not be seen, so libraries that are headers alone get a
   # folder that holds nothing else.
   set(headers ${CMAKE_BINARY_DIR}/headers)
   file(MAKE_DIRECTORY ${headers})
-  foreach(library boost CLI)
+  foreach(library boost CLI nlohmann)
     file(CREATE_LINK /usr/include/${library} ${headers}/${library} SYMBOLIC)
   endforeach()
   set(Boost_INCLUDE_DIR ${headers} CACHE PATH "Folder that holds only headers for every system")

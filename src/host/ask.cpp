@@ -1,0 +1,85 @@
+#include "ask.h"
+
+#include <boost/algorithm/string/trim.hpp>
+#include <sstream>
+
+#include "child_process.h"
+
+namespace pelion_core::host {
+namespace {
+
+// What a sitecustomize prints comes before it.
+constexpr const char* mark = "pelion_core asks:";
+
+// Printed are a line each after the mark: version, program, home, library. Python 2 says it too.
+constexpr const char* question = R"(
+import os, sys, sysconfig
+value = lambda name: sysconfig.get_config_var(name) or ''
+home = getattr(sys, 'base_prefix', sys.prefix)
+names = [value('INSTSONAME'), value('LDLIBRARY'), 'python%d%d.dll' % sys.version_info[:2]]
+shared = [n for n in names if '.so' in n or '.dylib' in n or '.dll' in n]
+folders = [value('LIBDIR'), os.path.join(value('LIBDIR'), value('MULTIARCH')),
+           os.path.join(home, 'lib'), home]
+libraries = [os.path.join(f, n) for f in folders for n in shared]
+lines = [sys.argv[1], '%d.%d' % sys.version_info[:2], sys.executable, home,
+         ([l for l in libraries if os.path.isfile(l)] + [''])[0]]
+encoded = '\n'.join(lines) if str is bytes else '\n'.join(lines).encode('utf-8', 'surrogateescape')
+getattr(sys.stdout, 'buffer', sys.stdout).write(encoded))";
+
+std::string nextLine(std::istream& lines) {
+  std::string line;
+  std::getline(lines, line);
+  return boost::trim_right_copy_if(line, boost::is_any_of("\r"));
+}
+
+std::string lastLine(const std::string& text) {
+  const std::string trimmed = boost::trim_copy(text);
+  return trimmed.substr(trimmed.find_last_of('\n') + 1).substr(0, 200);
+}
+
+}  // namespace
+
+Answer ask(const std::string& program) {
+  Command command;
+  command.words = {program, "-I", "-c", question, mark};  // -I: without the user's own modules
+  command.ownVariables = true;
+  const Ended ended = runProgram(command);
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(command.limit).count();
+  Answer answer;
+  answer.verdict = Verdict::programFails;
+  const auto place = ended.output.rfind(mark);
+  switch (ended.how) {
+    case Ended::How::notStarted:
+      answer.detail = ended.problem;
+      break;
+    case Ended::How::byTime:
+      answer.verdict = Verdict::programHangs;
+      answer.detail = std::to_string(seconds) + " seconds";
+      break;
+    case Ended::How::byOutput:
+      answer.detail = "it prints without end";
+      break;
+    case Ended::How::bySignal:
+      answer.detail = "it crashed (" + ended.problem + ")";
+      break;
+    case Ended::How::byStatus:
+      if (ended.number != 0) {
+        const std::string words = lastLine(ended.errors);
+        answer.detail =
+            "exit status " + std::to_string(ended.number) + (words.empty() ? "" : ", " + words);
+      } else if (place == std::string::npos) {
+        answer.detail = "it printed something else";
+      } else {
+        std::istringstream lines(ended.output.substr(place));
+        nextLine(lines);
+        answer.settings.version = nextLine(lines);
+        answer.settings.program = nextLine(lines);
+        answer.settings.home = nextLine(lines);
+        answer.settings.library = nextLine(lines);
+        answer.verdict = Verdict::usable;
+      }
+  }
+  return answer;
+}
+
+}  // namespace pelion_core::host

@@ -1,0 +1,128 @@
+#include <chrono>
+#include <functional>
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "commands.h"
+#include "pelion_core/pelion_core.h"
+#include "text.h"
+#if defined(_WIN32)
+#define WIN32_LEAN_AND_MEAN
+#if !defined(NOMINMAX)
+#define NOMINMAX
+#endif
+#include <fcntl.h>
+#include <io.h>
+#include <windows.h>
+#else
+#include <unistd.h>
+#if defined(__linux__)
+#include <signal.h>
+#include <sys/prctl.h>
+#endif
+#endif
+
+namespace pelion {
+namespace {
+
+using namespace pelion_core;
+using namespace pelion_core::api;
+
+// The way to the parent. Whatever Python prints goes to standard error instead.
+class Channel {
+ public:
+  Channel() {
+#if defined(_WIN32)
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+    output_ = _dup(1);
+    _setmode(output_, _O_BINARY);
+    _dup2(2, 1);
+    SetStdHandle(STD_OUTPUT_HANDLE, GetStdHandle(STD_ERROR_HANDLE));
+#else
+#if defined(__linux__)
+    prctl(PR_SET_PDEATHSIG, SIGKILL);  // a parent that was interrupted leaves nothing behind
+#endif
+    output_ = dup(1);
+    dup2(2, 1);
+#endif
+  }
+
+  void write(const nlohmann::json& line) const {
+    const std::string text =
+        line.dump(-1, ' ', true, nlohmann::json::error_handler_t::replace) + '\n';
+#if defined(_WIN32)
+    if (_write(output_, text.data(), static_cast<unsigned>(text.size())) < 0) std::exit(1);
+#else
+    if (::write(output_, text.data(), text.size()) < 0) std::exit(1);
+#endif
+  }
+
+ private:
+  int output_;
+};
+
+struct Result {
+  bool ok;
+  std::string text;
+};
+
+bool step(const Channel& channel, const std::string& name, const std::function<Result()>& work) {
+  using Clock = std::chrono::steady_clock;
+  channel.write({{"step", name}});
+  const Clock::time_point begin = Clock::now();
+  const Result result = work();
+  const std::chrono::duration<double> taken = Clock::now() - begin;
+  channel.write(
+      {{"step", name}, {"ok", result.ok}, {"text", result.text}, {"seconds", taken.count()}});
+  return result.ok;
+}
+
+std::string versionOf(const PyHandle& module) {
+  if (!object::pyHasMember(module.get(), "__version__")) return {};
+  return textOf(object::pyGetMember(module.get(), "__version__"));
+}
+
+// A package that is not installed is no fault; one that is and lacks something is.
+Result import(const std::string& name) {
+  try {
+    return {true, versionOf(module::pyCreateModule(toUtf16(name)))};
+  } catch (const InternalPyException& exception) {
+    const std::string said = takeError(exception);
+    const bool isAbsent = said.find("No module named '" + name + "'") != std::string::npos;
+    return {isAbsent, isAbsent ? "not installed" : said};
+  }
+}
+
+}  // namespace
+
+int start(const std::string& settings) {
+  const auto words = nlohmann::json::parse(settings, nullptr, false);
+  const bool areStrings =
+      words.is_array() && words.size() == 5 &&
+      std::all_of(words.begin(), words.end(), [](const auto& each) { return each.is_string(); });
+  if (!areStrings) {
+    std::cerr << "pelion start: give version, library, program, home and path as a JSON array\n";
+    return wrongUsage;
+  }
+  std::vector<std::u16string> values;
+  for (const auto& word : words) values.push_back(toUtf16(word.get<std::string>()));
+
+  const Channel channel;
+  const bool started = step(channel, "start", [&] {
+    const int result =
+        loader::attemptToLoadPython(values[0], values[1], values[2], values[3], values[4], true);
+    return Result{result == 0,
+                  result == 0 ? "" : "attemptToLoadPython answers " + std::to_string(result)};
+  });
+  if (!started) return unusable;
+  for (const char* name : {"math", "ctypes", "numpy", "pandas"}) {
+    step(channel, std::string("import ") + name, [&] { return import(name); });
+  }
+  step(channel, "close", [] {
+    interpreter::pyClose();
+    return Result{true, ""};
+  });
+  return done;
+}
+
+}  // namespace pelion
