@@ -154,9 +154,13 @@ Candidate candidateOfEnvironment(const Environment& environment, const fs::path&
   candidate.settings.version = environment.version;
   BuildName build = buildName("python" + environment.version);
   const std::string versioned = "python" + environment.version;
-  const fs::path base =
-      firstFile({environment.program, environment.base / versioned, environment.base / "python3",
-                 environment.base / "python", environment.base / "python.exe"});
+  std::vector<fs::path> bases{environment.program};
+  if (realPath(program) != program) bases.insert(bases.begin(), realPath(program));
+  for (const std::string& name : {versioned, std::string("python3"), std::string("python.exe")}) {
+    bases.push_back(environment.base / name);
+  }
+  for (fs::path& other : programsIn(environment.base)) bases.push_back(std::move(other));
+  const fs::path base = firstFile(bases);
   if (!base.empty()) {
     const fs::path real = realPath(base);
     const BuildName named = buildName(utf8(real.filename()));
