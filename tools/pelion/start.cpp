@@ -3,9 +3,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "commands.h"
-#include "pelion_core/pelion_core.h"
-#include "text.h"
+#include "running.h"
 #if defined(_WIN32)
 #define WIN32_LEAN_AND_MEAN
 #if !defined(NOMINMAX)
@@ -82,12 +80,17 @@ std::string versionOf(const PyHandle& module) {
   return textOf(object::pyGetMember(module.get(), "__version__"));
 }
 
+std::string lastLine(std::string text) {
+  text.erase(text.find_last_not_of('\n') + 1);
+  return text.substr(text.find_last_of('\n') + 1);
+}
+
 // A package that is not installed is no fault; one that is and lacks something is.
 Result import(const std::string& name) {
   try {
     return {true, versionOf(module::pyCreateModule(toUtf16(name)))};
   } catch (const InternalPyException& exception) {
-    const std::string said = takeError(exception);
+    const std::string said = lastLine(takeError(exception));
     const bool isAbsent = said.find("No module named '" + name + "'") != std::string::npos;
     return {isAbsent, isAbsent ? "not installed" : said};
   }
