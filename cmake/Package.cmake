@@ -1,11 +1,14 @@
-# `cpack` makes archives of the installed tree: everything in one, or Debian packages for running
-# and for building.
+# `cpack` makes archives of the installed tree: everything in one, or Debian packages for running,
+# for building, and with the program.
 
 set(CPACK_PACKAGE_VENDOR "The pelion_core developers")
 set(CPACK_PACKAGE_CONTACT ${CPACK_PACKAGE_VENDOR})
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL runtime dev)
+if(TARGET pelion)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_GENERATOR TGZ DEB)
 if(WIN32)
@@ -24,6 +27,14 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "libpython3.11 | libpython3.12 | libpython3.13")
 if(PELION_CORE_SHLIBDEPS)
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+endif()
+
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "Finds the Pythons of a machine, and says what is wrong with one.")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME pelion)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libpelion-core0 (= ${PROJECT_VERSION})")
+if(PELION_CORE_SHLIBDEPS)
+  set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 endif()
 
 set(CPACK_COMPONENT_DEV_DESCRIPTION "Headers, and what CMake and pkg-config need to find them.")

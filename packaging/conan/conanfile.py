@@ -34,6 +34,7 @@ class PelionCore(ConanFile):
     def requirements(self):
         # Handles are Boost's, so a host needs the headers too.
         self.requires("boost/[>=1.71 <2]", options={"header_only": True}, transitive_headers=True)
+        self.requires("nlohmann_json/[>=3.9 <4]", visible=False)
 
     def validate(self):
         check_min_cppstd(self, 17)
@@ -43,6 +44,7 @@ class PelionCore(ConanFile):
         toolchain = CMakeToolchain(self)
         toolchain.cache_variables["PELION_CORE_TESTS"] = False
         toolchain.cache_variables["PELION_CORE_EXAMPLES"] = False
+        toolchain.cache_variables["PELION_CORE_PROGRAM"] = False
         toolchain.generate()
 
     def build(self):

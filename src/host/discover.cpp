@@ -174,7 +174,7 @@ std::vector<Candidate> discover(const std::string& what) {
   } else {
     candidate = isLibrary(path) ? candidateOfLibrary(path) : candidateOfProgram(path);
   }
-  candidate.found = {what};
+  candidate.found = {"the given name"};
   return {candidate};
 }
 

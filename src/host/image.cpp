@@ -282,7 +282,7 @@ class MachOReader {
   void readFat() {
     bytes_.bigEndian(true);
     const std::uint32_t count = bytes_.number32(bytes_.block(4, 4), 0);
-    if (count > mostSlices) throw Malformed{"it is no library"};  // a Java class begins alike
+    if (count == 0 || count > mostSlices) throw Malformed{"it is no library"};  // a Java class?
     const std::string table = bytes_.block(8, std::uint64_t{count} * 20);
     for (std::uint32_t i = 0; i < count; ++i) {
       bytes_.bigEndian(true);

@@ -90,15 +90,17 @@ bool isSameBuild(const fs::path& library, const BuildName& build) {
 }
 
 fs::path libraryOf(const fs::path& home, const BuildName& build) {
-  std::vector<fs::path> places;
+  const auto firstOf = [&build](const std::vector<fs::path>& libraries) {
+    const auto found = std::find_if(libraries.begin(), libraries.end(), [&](const fs::path& each) {
+      return isSameBuild(each, build) && isFile(each);
+    });
+    return found == libraries.end() ? fs::path() : *found;
+  };
   for (const fs::path& folder : libraryFolders(home)) {
-    for (fs::path& library : librariesIn(folder)) places.push_back(std::move(library));
+    fs::path library = firstOf(librariesIn(folder));
+    if (!library.empty()) return library;
   }
-  for (fs::path& library : librariesByRecord(home, build)) places.push_back(std::move(library));
-  for (const fs::path& library : places) {
-    if (isSameBuild(library, build) && isFile(library)) return library;
-  }
-  return {};
+  return firstOf(librariesByRecord(home, build));
 }
 
 bool isBelow(const fs::path& path, const char* name) {

@@ -7,7 +7,9 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <set>
+#include <sstream>
 
 #include "ask.h"
 #include "child_process.h"

@@ -42,6 +42,9 @@ void printTable(const std::vector<Report>& reports) {
     libraries.push_back(shortened(placeOf(report)));
     environments.push_back(shortened(report.candidate.environment));
   }
+  const bool anyEnvironment = std::any_of(environments.begin() + 1, environments.end(),
+                                          [](const auto& each) { return !each.empty(); });
+  if (!anyEnvironment) environments[0].clear();
   std::vector<std::size_t> widths(rows[0].size());
   for (const auto& row : rows) {
     for (std::size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], width(row[i]));

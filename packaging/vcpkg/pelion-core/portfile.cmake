@@ -8,7 +8,8 @@ cmake_path(NORMAL_PATH SOURCE_PATH)
 
 vcpkg_cmake_configure(
   SOURCE_PATH ${SOURCE_PATH}
-  OPTIONS -DPELION_CORE_TESTS=OFF -DPELION_CORE_EXAMPLES=OFF)
+  OPTIONS -DPELION_CORE_TESTS=OFF -DPELION_CORE_EXAMPLES=OFF
+          -DPELION_CORE_PROGRAM=OFF)
 vcpkg_cmake_install()
 vcpkg_cmake_config_fixup(CONFIG_PATH lib/cmake/pelion_core)
 vcpkg_fixup_pkgconfig()
