@@ -80,7 +80,13 @@ void readAll(HANDLE pipe, std::string& to, const Command& command, bool isOutput
 }
 
 std::string lastProblem() {
-  return std::system_category().message(static_cast<int>(GetLastError()));
+  const DWORD error = GetLastError();
+  std::array<wchar_t, 512> words{};
+  const DWORD size =
+      FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error, 0,
+                     words.data(), static_cast<DWORD>(words.size()), nullptr);
+  const std::string text = utf8(fs::path(words.data(), words.data() + size));
+  return text.empty() ? "error " + std::to_string(error) : text.substr(0, text.find('\r'));
 }
 
 // Ends with its handle whatever is in it.

@@ -24,7 +24,7 @@ std::string stringIn(const nlohmann::json& document, const char* path) {
 #if defined(_WIN32)
 fs::path pathOf(const std::string& utf8) { return boost::locale::conv::utf_to_utf<wchar_t>(utf8); }
 std::string utf8(const fs::path& path) {
-  return boost::locale::conv::utf_to_utf<char>(path.native());
+  return boost::locale::conv::utf_to_utf<char>(fs::path(path).make_preferred().native());
 }
 #else
 fs::path pathOf(const std::string& utf8) { return utf8; }

@@ -63,6 +63,8 @@ class Bytes {
     size_ = end < 0 ? 0 : static_cast<std::uint64_t>(end);
   }
 
+  std::uint64_t size() const { return size_; }
+
   void bigEndian(bool yes) { bigEndian_ = yes; }
 
   std::string block(std::uint64_t offset, std::uint64_t size) {
@@ -214,6 +216,7 @@ class PeReader {
     const std::uint64_t optionalSize = bytes_.number16(head, 20);
     const std::string optional = bytes_.block(start + 24, optionalSize);
     sections_ = bytes_.block(start + 24 + optionalSize, count * sectionSize);
+    requireWhole();
     constexpr std::uint32_t wide = 0x20b;
     const std::uint64_t directories = bytes_.number16(optional, 0) == wide ? 112 : 96;
     const std::uint32_t exported = bytes_.number32(optional, directories);
@@ -238,6 +241,15 @@ class PeReader {
       }
     }
     throw Malformed{"its sections make no sense"};
+  }
+
+  void requireWhole() const {
+    for (std::uint64_t place = 0; place < sections_.size(); place += sectionSize) {
+      const std::uint64_t size = bytes_.number32(sections_, place + 16);
+      if (size != 0 && bytes_.number32(sections_, place + 20) + size > bytes_.size()) {
+        throw Malformed{cutOff};
+      }
+    }
   }
 
   std::string array(std::uint64_t address, std::uint64_t size) {

@@ -154,7 +154,6 @@ Candidate candidateOfEnvironment(const Environment& environment, const fs::path&
   candidate.environment = utf8(environment.folder);
   candidate.settings.program = utf8(program);
   candidate.settings.version = environment.version;
-  BuildName build = buildName("python" + environment.version);
   const std::string versioned = "python" + environment.version;
   std::vector<fs::path> bases{environment.program};
   if (realPath(program) != program) bases.insert(bases.begin(), realPath(program));
@@ -165,10 +164,9 @@ Candidate candidateOfEnvironment(const Environment& environment, const fs::path&
   const fs::path base = firstFile(bases);
   if (!base.empty()) {
     const fs::path real = realPath(base);
-    const BuildName named = buildName(utf8(real.filename()));
-    if (!named.version.empty()) build = named;
-    candidate.settings.version = build.version;
+    BuildName build = buildName(utf8(real.filename()));
     const fs::path home = homeAbove(real.parent_path(), build);
+    if (!build.version.empty()) candidate.settings.version = build.version;
     candidate.settings.home = utf8(home);
     if (!home.empty()) candidate.settings.library = utf8(libraryOf(home, build));
   }

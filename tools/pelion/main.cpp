@@ -114,6 +114,7 @@ int main(int argc, char** argv) {
   app.set_version_flag("--version", "pelion " PELION_VERSION);
   app.footer(notes);
   app.require_subcommand(1);
+  app.allow_windows_style_options(false);  // a path may begin with a slash
 
   bool asJson = false;
   CLI::App* const list = app.add_subcommand("list", "List the Pythons of this machine");
