@@ -128,6 +128,7 @@ fs::path whole(const std::string& what) {
         if (isFile(program)) return program;
       }
     }
+    return path;
   }
   const fs::path absolute = fs::absolute(path, error);
   return error ? path : absolute.lexically_normal();

@@ -12,6 +12,7 @@
 #include "c_api_names.h"
 #include "image.h"
 #include "installation.h"
+#include "places.h"
 
 namespace pelion_core::host {
 namespace {
@@ -88,6 +89,8 @@ class Inspector {
  public:
   Inspector(Candidate candidate, Programs programs) : programs_(programs) {
     report_.candidate = std::move(candidate);
+    const std::string minor = versionNumber(settings().version, 2);  // "3.11" of "3.11.7"
+    if (!minor.empty()) settings().version = minor;
   }
 
   Report inspect() {
@@ -211,6 +214,10 @@ class Inspector {
       const bool explained = report_.verdict().level == Level::failed;
       return !explained && found("library", Verdict::noSharedLibrary, libraryRemedy());
     }
+    if (!pathOf(library).has_parent_path()) {
+      passed("library", library + ", which the system looks for");
+      return true;
+    }
     if (!checkFile("library", library, Verdict::libraryMissing)) return false;
     std::ifstream file(pathOf(library), std::ios::binary);
     const Image image = readImage(file);
@@ -269,15 +276,17 @@ class Inspector {
   }
 
   void checkStandardLibrary() {
-    const BuildName build = buildName(utf8(realPath(pathOf(settings().library)).filename()));
-    BuildName wanted = build;
-    if (wanted.version.empty()) wanted.version = settings().version;
-    const fs::path modules = standardLibrary(pathOf(settings().home), wanted);
+    BuildName build = buildName(utf8(realPath(pathOf(settings().library)).filename()));
+    if (build.version.empty()) build.version = settings().version;
+    const bool hasPath = !settings().path.empty();
+    const fs::path modules = hasPath ? standardLibraryOn(pathList(settings().path))
+                                     : standardLibrary(pathOf(settings().home), build);
     if (modules.empty()) {
-      found("home", Verdict::noStandardLibrary);
+      found("home", Verdict::noStandardLibrary,
+            (hasPath ? "on the path \"" + settings().path : "under \"" + settings().home) + '"');
       return;
     }
-    passed("home", settings().home + " (" + utf8(modules) + ")");
+    passed("home", (hasPath ? "on the path" : settings().home) + " (" + utf8(modules) + ")");
     report_.numpy = packageVersion("numpy");
     report_.pandas = packageVersion("pandas");
     checkPackage("NumPy", report_.numpy, Verdict::numpyMissing);

@@ -18,10 +18,9 @@ std::string digitsAt(const std::string& text, std::size_t start) {
   return text.substr(std::min(start, text.size()), end - start);
 }
 
-// Whether a version's standard library lies in a folder.
-bool holdsModules(const fs::path& folder) {
-  return isFile(folder / "os.py") || isFile(folder / "encodings" / "__init__.py");
-}
+// Whether a version's standard library lies in a folder. An interpreter imports this module first,
+// and without it ends the process.
+bool holdsModules(const fs::path& folder) { return isFile(folder / "encodings" / "__init__.py"); }
 
 // The versions whose standard library lies under a home, the newest first.
 std::vector<BuildName> versionsUnder(const fs::path& home) {
@@ -249,6 +248,13 @@ fs::path standardLibrary(const fs::path& home, const BuildName& build) {
   }
   const std::string archive = boost::erase_all_copy(folder, ".") + ".zip";
   return firstFile({home / "lib" / archive, home / archive});
+}
+
+fs::path standardLibraryOn(const std::vector<fs::path>& path) {
+  for (const fs::path& entry : path) {
+    if (holdsModules(entry) || (entry.extension() == ".zip" && isFile(entry))) return entry;
+  }
+  return {};
 }
 
 std::vector<fs::path> libraryFolders(const fs::path& home) {

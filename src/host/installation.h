@@ -28,9 +28,11 @@ struct BuildName {
 BuildName buildName(const std::string& fileName);
 bool namesLibrary(const std::string& fileName);
 
-/// The folder of a version's standard library under a home: it holds `os.py`, or is an archive.
+/// The folder of a version's standard library under a home, or the archive that it is.
 /// Empty when there is none.
 fs::path standardLibrary(const fs::path& home, const BuildName& build);
+/// The same on a module search path.
+fs::path standardLibraryOn(const std::vector<fs::path>& path);
 
 /// The folders in which packages of a candidate lie, in the order of import.
 std::vector<fs::path> packageFolders(const Candidate& candidate);

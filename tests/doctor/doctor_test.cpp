@@ -94,7 +94,7 @@ class Tree {
     const std::string metadata = "Metadata-Version: 2.1\nName: x\nVersion: 2.0.1\n\nVersion: 3\n";
     change({"PROGRAM", runtime});
     change({"LIBRARY", runtime});
-    for (const char* file : {"/os.py", "/encodings/__init__.py", "/site-packages/numpy/__init__.py",
+    for (const char* file : {"/encodings/__init__.py", "/site-packages/numpy/__init__.py",
                              "/site-packages/pandas/__init__.py"}) {
       change({"MODULES" + std::string(file), "# a module"});
     }
@@ -161,8 +161,12 @@ const std::vector<Case> cases {
       {"whole, by its program", {}, "PROGRAM", Verdict::usable, ""},
       {"whole, by its library", {}, "LIBRARY", Verdict::usable, ""},
       {"whole environment", {}, "venv", Verdict::usable, ""},
-      {"nothing", {}, "nowhere", Verdict::notFound, "no Python at"},
-      {"an empty folder", {{"hollow", folder}}, "hollow", Verdict::notFound, "no Python at"},
+      {"nothing", {}, "nowhere", Verdict::notFound, "does not run as a Python 3"},
+      {"an empty folder",
+       {{"hollow", folder}},
+       "hollow",
+       Verdict::notFound,
+       "does not run as a Python 3"},
       {"a program without bytes", {{"PROGRAM", ""}}, "PROGRAM", Verdict::storeStub, "opens a shop"},
       {"an environment of nothing",
        {{"venv/pyvenv.cfg", "version = 3.12\n"}},
@@ -184,7 +188,11 @@ const std::vector<Case> cases {
        "venv",
        Verdict::environmentMoved,
        ELSEWHERE " and moved"},
-      {"no such library", {{"LIBRARY", absent}}, "LIBRARY", Verdict::libraryMissing, "no library"},
+      {"no such library",
+       {{"LIBRARY", absent}},
+       "LIBRARY",
+       Verdict::libraryMissing,
+       "no such file"},
       {"text", {{"LIBRARY", "some words\n"}}, "whole", Verdict::notLibrary, "it is a text file"},
       {"a script", {{"LIBRARY", script("exit")}}, "whole", Verdict::notLibrary, "it is a script"},
       {"an archive", {{"LIBRARY", "!<arch>\nlibrary.o"}}, "whole", Verdict::notLibrary, "archive"},
@@ -248,12 +256,13 @@ const std::vector<Case> cases {
        Verdict::stableAbi,
        "leads on"},
       {"Python 2",
-       {{"old/lib/libpython2.7.so.1.0", otherLibrary}, {"old/lib/python2.7/os.py", "#"}},
+       {{"old/lib/libpython2.7.so.1.0", otherLibrary},
+        {"old/lib/python2.7/encodings/__init__.py", "#"}},
        "old",
        Verdict::tooOld,
        "is Python 2.7"},
       {"a newer one",
-       {{"new/lib/libpython3.99.so", runtime}, {"new/lib/python3.99/os.py", "#"}},
+       {{"new/lib/libpython3.99.so", runtime}, {"new/lib/python3.99/encodings/__init__.py", "#"}},
        "new",
        Verdict::untested,
        "3.99 is newer"},
@@ -263,7 +272,7 @@ const std::vector<Case> cases {
        Verdict::debugBuild,
        "debug build"},
       {"no lock",
-       {{"ft/lib/libpython3.13t.so", runtime}, {"ft/lib/python3.13t/os.py", "#"}},
+       {{"ft/lib/libpython3.13t.so", runtime}, {"ft/lib/python3.13t/encodings/__init__.py", "#"}},
        "ft",
        Verdict::freeThreaded,
        "free-threaded"},
@@ -385,6 +394,11 @@ TEST(Real, FilesTellWhatTheProgramSays) {
     EXPECT_EQ(found.settings.version, said.settings.version);
     EXPECT_EQ(realPath(pathOf(found.settings.home)), realPath(pathOf(said.settings.home)));
     EXPECT_EQ(realPath(pathOf(found.settings.library)), realPath(pathOf(said.settings.library)));
+    Settings alone;
+    alone.library = given.library;
+    EXPECT_EQ(realPath(pathOf(complete(alone).home)), realPath(pathOf(said.settings.home)));
+    alone.path = ELSEWHERE;
+    EXPECT_THROW(complete(alone), LoadError);
     setVariable("PATH", utf8(pathOf(given.program).parent_path()));
     EXPECT_EQ(firstUsable().library, found.settings.library);
   }

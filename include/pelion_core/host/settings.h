@@ -38,24 +38,23 @@ class LoadError : public std::runtime_error {
 
 /// The settings of a Python, checked.
 ///
-/// @param program  a Python program by path or by name, the folder of a virtual environment or of
-///                 an installation, or nothing for the machine's own `python3` (`python` on
-///                 Windows). UTF-8
-/// @throws LoadError  there is no such program, it has no shared library, or `check` refuses it
+/// @param program  what `discover` takes: a program, a runtime library, the folder of an environment or
+///                 of an installation, a version; or nothing for `firstUsable()`. UTF-8
+/// @throws LoadError  with the reason and the remedy of the verdict of `inspect`
 Settings find(const std::string& program = {});
 
-/// Fills in what `given` leaves empty by asking `given.program`, or the machine's own Python, and
-/// checks the result. The library's name tells the version.
+/// Fills in what `given` leaves empty: from its program, else from the installation of its library,
+/// else from `firstUsable()`; and checks the result. The library's name tells the version.
 ///
 /// @throws LoadError  as `find`
 Settings complete(Settings given);
 
 /// Sees to it that a start with these settings cannot end the process for a reason that shows
-/// before: the library is there and made for this machine, and the standard library lies under the
-/// home (or on the path). A library named without a folder is the system's to find and is not
-/// looked at.
+/// before: the library is there, made for this machine and has all the names, and the standard library
+/// lies under the home (or on the path). A library named without a folder is the system's to find and
+/// is not looked at.
 ///
-/// @throws LoadError  with what is wrong, and what to do
+/// @throws LoadError  as `find`
 void check(const Settings& settings);
 
 }  // namespace pelion_core::host
