@@ -22,15 +22,15 @@ struct Command {
 struct Ended {
   enum class How { notStarted, byStatus, bySignal, byTime, byOutput };
   How how = How::notStarted;
-  int number = 0;       ///< the exit status (on Windows also an exception's code) or the signal
-  std::string problem;  ///< why it did not start, or the name of the signal
+  int number = 0;       ///< the exit status, the signal, or on Windows the exception
+  std::string problem;  ///< why it did not start, or the signal in words
   std::string output;
   std::string errors;
 };
 
 Ended runProgram(const Command& command);
 
-/// The variables of this process that a `Command` with `ownVariables` keeps, as NAME=value.
+/// Whether a `Command` with `ownVariables` keeps this variable of the process.
 bool isKeptVariable(std::string_view name);
 
 /// The path of the running program.

@@ -200,7 +200,7 @@ Ended runProgram(const Command& command) {
   if (WIFSIGNALED(child.status())) {
     ended.how = Ended::How::bySignal;
     ended.number = WTERMSIG(child.status());
-    ended.problem = strsignal(ended.number);
+    ended.problem = "signal " + std::to_string(ended.number) + ", " + strsignal(ended.number);
   } else {
     ended.number = WEXITSTATUS(child.status());
   }

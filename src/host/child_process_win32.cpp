@@ -5,7 +5,7 @@
 #include <windows.h>
 
 #include <array>
-#include <atomic>
+#include <cstdio>
 #include <memory>
 #include <thread>
 
@@ -157,7 +157,9 @@ Ended runProgram(const Command& command) {
   constexpr DWORD firstException = 0xC0000000;
   if (ended.how == Ended::How::byStatus && status >= firstException) {
     ended.how = Ended::How::bySignal;
-    ended.problem = "an exception of the system";
+    std::array<char, 32> hex{};
+    std::snprintf(hex.data(), hex.size(), "exception 0x%08lX", status);
+    ended.problem = hex.data();
   }
   return ended;
 }

@@ -129,7 +129,7 @@ void addEnd(Steps& steps, const Ended& ended, const ProbeOptions& options) {
       break;
     case Ended::How::bySignal:
       steps.interrupted(isFatal ? Verdict::startEnds : Verdict::startCrashes,
-                        "by signal " + number + " (" + ended.problem + ")" + words);
+                        "by " + ended.problem + words);
       break;
     case Ended::How::byStatus:
       if (!steps.done()) steps.interrupted(Verdict::startEnds, "exit status " + number + words);
