@@ -42,9 +42,11 @@ std::vector<BuildName> versionsUnder(const fs::path& home) {
   return versions;
 }
 
-// The first folder from `start` upwards that holds a standard library; fills in an unknown version.
+// The first folder from `start` upwards, without the root, that holds a standard library. Fills in
+// an unknown version.
 fs::path homeAbove(fs::path start, BuildName& build) {
-  for (fs::path folder = std::move(start); !folder.empty(); folder = folder.parent_path()) {
+  for (fs::path folder = std::move(start); folder.has_relative_path();
+       folder = folder.parent_path()) {
     BuildName here = build;
     if (here.version.empty()) {
       const std::vector<BuildName> versions = versionsUnder(folder);
@@ -54,7 +56,6 @@ fs::path homeAbove(fs::path start, BuildName& build) {
       build = here;
       return folder;
     }
-    if (folder == folder.root_path()) break;
   }
   return {};
 }
@@ -132,11 +133,12 @@ fs::path programUnder(const fs::path& home, const BuildName& build) {
                     home / "python_d.exe"});
 }
 
-// A script, and a program of another name, may start any Python.
+// A script, and a program of another name, may start any Python; one without bytes starts none.
 bool tellsByName(const fs::path& program) {
   const std::string name = boost::to_lower_copy(utf8(program.filename()));
   if (!boost::starts_with(name, "python") && !boost::starts_with(name, "pypy")) return false;
-  return !boost::starts_with(readText(program, 2).value_or(""), "#!");
+  const std::string start = readText(program, 2).value_or("");
+  return !start.empty() && start != "#!";
 }
 
 fs::path environmentProgram(const fs::path& folder) {

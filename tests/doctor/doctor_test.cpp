@@ -322,7 +322,7 @@ struct StartCase {
 };
 
 const std::vector<StartCase> startCases{
-    {"nothing", "", {"", OTHER_LIBRARY, "", "", ""}, Verdict::startRefused, "does not load"},
+    {"nothing", "", {"", OTHER_LIBRARY, "", "", ""}, Verdict::startRefused, "lacks names"},
     {"nothing", "", {"", "", "", ELSEWHERE, ""}, Verdict::startEnds, "Fatal Python error"},
     {"sitecustomize", "import os; os._exit(9)", {}, Verdict::startEnds, "exit status 9"},
     {"ctypes",
