@@ -118,7 +118,7 @@ void addPath(Finder& finder) {
 
 // The program of a name on PATH, or the path as it stands.
 fs::path whole(const std::string& what) {
-  const fs::path path = pathOf(what);
+  fs::path path = pathOf(what);
   std::error_code error;
   if (!path.has_parent_path() && !fs::exists(path, error)) {
     for (const fs::path& folder : pathList(variable("PATH"))) {

@@ -218,7 +218,7 @@ BuildName buildName(const std::string& fileName) {
     } else if (!major.empty() && after < name.size() && name[after] == '.') {
       const std::string minor = digitsAt(name, after + 1);
       after += 1 + minor.size();
-      if (!minor.empty()) build.version = major + '.' + minor;
+      if (!minor.empty()) build.version.append(major).append(1, '.').append(minor);
     }
     if (build.version.empty()) continue;
     while (after < name.size() && name[after] != '.' && name[after] != '-') {

@@ -9,7 +9,8 @@ _pelion() {
   fi
   case $word in
     -*)
-      options=$("${COMP_WORDS[0]}" "$command" --help 2>/dev/null | grep -oE -- '--[a-z-]+')
+      options=$("${COMP_WORDS[0]}" "$command" --help 2>/dev/null | \
+        sed -nE 's/^  (-h,)?(--[a-z-]+).*/\2/p')
       mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
       ;;
     *)
