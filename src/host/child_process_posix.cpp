@@ -128,15 +128,20 @@ class Child {
   Child(const Child&) = delete;
   Child& operator=(const Child&) = delete;
 
-  bool hasEnded() { return reaped_ || (reaped_ = waitpid(id_, &status_, WNOHANG) == id_); }
+  // Leaves the child to be waited for, so that its number stays its own.
+  bool hasEnded() const {
+    siginfo_t info{};
+    return waitid(P_PID, static_cast<id_t>(id_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+           info.si_pid == id_;
+  }
 
-  // Ends what the child has started too: they are its group, which bears its number as long as one
-  // of them lives.
+  // Ends also what the child has started, which is in its group.
   void end() {
+    if (isWaitedFor_) return;
     ::kill(-id_, SIGKILL);
-    while (!reaped_) {
-      reaped_ = waitpid(id_, &status_, 0) == id_ || errno != EINTR;
+    while (waitpid(id_, &status_, 0) < 0 && errno == EINTR) {
     }
+    isWaitedFor_ = true;
   }
 
   int status() const { return status_; }
@@ -144,7 +149,7 @@ class Child {
  private:
   pid_t id_;
   int status_ = 0;
-  bool reaped_ = false;
+  bool isWaitedFor_ = false;
 };
 
 }  // namespace
@@ -197,6 +202,7 @@ Ended runProgram(const Command& command) {
       return ended;
     }
   }
+  child.end();
   if (WIFSIGNALED(child.status())) {
     ended.how = Ended::How::bySignal;
     ended.number = WTERMSIG(child.status());

@@ -68,7 +68,9 @@ std::vector<fs::path> entriesOf(const fs::path& folder) {
   for (; !error && place != fs::directory_iterator(); place.increment(error)) {
     entries.push_back(place->path());
   }
-  std::sort(entries.begin(), entries.end());
+  // By the whole string: comparing paths part by part is slow in folders of thousands.
+  std::sort(entries.begin(), entries.end(),
+            [](const auto& left, const auto& right) { return left.native() < right.native(); });
   return entries;
 }
 

@@ -50,7 +50,7 @@ std::string madeIn(const fs::path& environment) {
       const bool isQuoted = start < text.size() && (text[start] == '"' || text[start] == '\'');
       if (isQuoted) ++start;
       const auto end = isQuoted ? text.find(text[start - 1], start) : text.find('\n', start);
-      const std::string value = text.substr(start, end == std::string::npos ? end : end - start);
+      std::string value = text.substr(start, end == std::string::npos ? end : end - start);
       if (pathOf(value).is_absolute()) return value;
     }
   }
@@ -73,7 +73,7 @@ std::string exactVersion(const Candidate& candidate, unsigned long hex) {
     const auto place = text.find(mark);
     const auto quote = text.find('"', place);
     if (place == std::string::npos || quote == std::string::npos) continue;
-    const std::string version = versionNumber(text.substr(quote + 1, 32), 3);
+    std::string version = versionNumber(text.substr(quote + 1, 32), 3);
     if (!version.empty()) return version;
   }
   for (const fs::path& entry : entriesOf(home / "conda-meta")) {
@@ -240,7 +240,7 @@ class Inspector {
     std::vector<std::string> listed;
     for (const char* name : boundNames()) {
       if (image.exports(name)) continue;
-      report_.missingNames.push_back(name);
+      report_.missingNames.emplace_back(name);
       listed.push_back(withVersion(name));
     }
     const std::string all = std::to_string(boundNames().size());
@@ -308,7 +308,7 @@ class Inspector {
       for (const fs::path& entry : entriesOf(folder)) {
         if (!boost::istarts_with(utf8(entry.filename()), package + "-")) continue;
         for (const fs::path& file : {entry / "METADATA", entry / "PKG-INFO", entry}) {
-          const std::string version = metadataField(readText(file).value_or(""), "Version");
+          std::string version = metadataField(readText(file).value_or(""), "Version");
           if (!version.empty()) return version;
         }
       }
