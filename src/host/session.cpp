@@ -34,17 +34,10 @@ void load(const Settings& python) {
   const int result = loader::attemptToLoadPython(utf16(python.version), utf16(python.library),
                                                  utf16(python.program), utf16(python.home),
                                                  utf16(python.path), true);
-  if (result == -1) {
-    throw LoadError(Reason::notLoaded,
-                    python.library +
-                        " does not load as a Python 3 runtime: there is no such file, it is for "
-                        "another machine, or it lacks part of the C API (as Python 2 and PyPy do)");
-  }
-  if (result == -2) {
-    throw LoadError(Reason::alreadyRunning,
-                    "an interpreter is running in this process already: close it before another "
-                    "one is started");
-  }
+  if (result == 0) return;
+  throw LoadError(
+      result == -1 ? Reason::notLoaded : Reason::alreadyRunning,
+      python.library + " does not load as a Python 3 runtime: " + loader::whyNotLoaded());
 }
 
 void close(State& here) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace pelion_core::platform {
 
 /// Loads a shared library by its UTF-8 path. Writes 0 to `error` exactly when a handle comes back.
@@ -7,6 +9,10 @@ namespace pelion_core::platform {
 /// Where extension modules find the interpreter in one global symbol scope (ELF), the library is
 /// added to it, unless another one was pinned: that one must stay in front.
 void* openSharedLibrary(const char* utf8Path, int* error);
+
+/// Why the last `openSharedLibrary` opened nothing, in the system's own words where it has any.
+/// UTF-8; only for the thread that called it.
+std::string whyNotOpened();
 
 /// The address of an exported symbol, or null. `handle` is not null.
 void* findLibrarySymbol(void* handle, const char* name);

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <fstream>
+#include <string>
 
 #include "platform/shared_library.h"
 
@@ -11,6 +12,7 @@ namespace pelion_core::platform {
 namespace {
 
 void* pinnedLibrary = nullptr;
+std::string lastFailure;
 
 // The dynamic linker maps what the headers promise and then touches it: a file that was cut short,
 // by a full disk or a broken download, would end the process with SIGBUS.
@@ -36,9 +38,11 @@ bool isCutShort(const char* path) {
 
 void* openSharedLibrary(const char* utf8Path, int* error) {
   *error = EINVAL;
+  lastFailure = "the path is empty";
   if (*utf8Path == '\0') return nullptr;  // dlopen would return the main program
 
   *error = ENOEXEC;
+  lastFailure = std::string(utf8Path) + ": the file is cut short";
   if (isCutShort(utf8Path)) return nullptr;
 
   // RTLD_GLOBAL: extension modules look the interpreter's symbols up in the global scope and are
@@ -47,8 +51,11 @@ void* openSharedLibrary(const char* utf8Path, int* error) {
   const int scope = pinnedLibrary == nullptr ? RTLD_GLOBAL : RTLD_LOCAL;
   void* const handle = dlopen(utf8Path, RTLD_NOW | scope);
   *error = handle != nullptr ? 0 : ENOENT;
+  if (handle == nullptr) lastFailure = dlerror();  // which names the path
   return handle;
 }
+
+std::string whyNotOpened() { return lastFailure; }
 
 void* findLibrarySymbol(void* handle, const char* name) { return dlsym(handle, name); }
 

@@ -88,10 +88,13 @@ TEST_F(Loader, StartsStaysAndStartsAgain) {
       << "live as long as the interpreter";
 
   python::IPythonAPI* const first = loader::getAPI();
+  EXPECT_EQ(loader::whyNotLoaded(), "");
   EXPECT_EQ(loadFake(u"/no/such.so"), -1);
+  EXPECT_NE(loader::whyNotLoaded().find("/no/such.so: "), std::string::npos);
   EXPECT_EQ(loader::getAPI(), first) << "an earlier load stays";
   EXPECT_EQ(loadFake(), -2);
   EXPECT_FALSE(loader::isPythonLoaded()) << "an earlier load goes";
+  EXPECT_NE(loader::whyNotLoaded().find("running"), std::string::npos);
   EXPECT_EQ(runtime.take(), Calls{"Py_IsInitialized()"}) << "and finalises nothing";
   EXPECT_FALSE(pyIsExcludedTypeForBuffer("str")) << "neither changed the version";
 

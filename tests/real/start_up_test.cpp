@@ -51,6 +51,11 @@ TEST_F(StartUp, OlderNamesWhenTheHostSaysSo) {
 TEST(Refused, VersionTwo) {
   EXPECT_EQ(load(), -1);
   EXPECT_FALSE(loader::isPythonLoaded());
+  const std::string why = loader::whyNotLoaded();
+  for (const char* name :
+       {" PyUnicode_AsUTF8,", " PyUnicode_FromString,", " PyUnicode_AsUTF16String"}) {
+    EXPECT_NE(why.find(name), std::string::npos) << why;
+  }
 }
 
 }  // namespace

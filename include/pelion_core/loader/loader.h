@@ -40,6 +40,14 @@ PELION_CORE_EXPORT int attemptToLoadPython(const std::u16string& version,
                                            const std::u16string& home, const std::u16string& path,
                                            bool flag);
 
+/// What went wrong in the last attempt to load, as UTF-8; empty after 0 and before the first one.
+/// After -1: the system's own words with the path, or all the names of the C API that the library
+/// lacks, or that another Python has the process. After -2: that this one is running already. Never
+/// throws but std::bad_alloc.
+///
+///     if (loader::attemptToLoadPython(...) != 0) std::cerr << loader::whyNotLoaded() << '\n';
+PELION_CORE_EXPORT std::string whyNotLoaded();
+
 /// The interface to the interpreter, not owned; null before the first successful load, after a
 /// result of -2, and while the library is being unloaded. Closing the interpreter does not clear
 /// it.
