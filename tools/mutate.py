@@ -22,9 +22,9 @@ RULES = [(re.compile(pattern), replacement) for pattern, replacement in (
     (r"(?<=return )(api->\w*(?:Check|Has|Is|Rich)\w*\(.*\));", r"!(\1);"),
     (r"^ +[\w.]+(?:->|\.|::)?\w+\([^{]*\);$", ""),  # a call for its effect
 )]
-TARGETS = ["fake_tests", "pelion_core_real_tests", "pelion_core_faults", "pelion_core_boundary",
+TARGETS = ["unit_tests", "python_tests", "pelion_core_faults", "pelion_core_boundary",
            "replay_names", "replay_text", "replay_components", "replay_calls"]
-TESTS = ["--tests-regex", "debian:|^fake|boundary", "--exclude-regex", r"load\.|example",
+TESTS = ["--tests-regex", "debian:|^unit|boundary", "--exclude-regex", r"load\.|example",
          "--parallel", "2", "--timeout", "60", "--stop-on-failure"]
 
 

@@ -18,7 +18,7 @@ import sys
 PROMISE = re.compile(r"std::cout <<.*<< '\\n';\s*// (.*)$", re.MULTILINE)
 INCLUDE = re.compile(r"^#include .*\n", re.MULTILINE)
 HEAD = '''#include "host/host_python.h"
-#include "real/real_python.h"
+#include "support/real_python.h"
 #include <iostream>
 using namespace pelion_core;
 using namespace pelion_core::api;

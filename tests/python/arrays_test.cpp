@@ -4,7 +4,7 @@
 #include <cstring>
 #include <limits>
 
-#include "real_python.h"
+#include "support/real_python.h"
 
 namespace real {
 namespace {

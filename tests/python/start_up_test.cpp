@@ -1,6 +1,6 @@
 // Loading and starting a real interpreter.
 
-#include "real_python.h"
+#include "support/real_python.h"
 
 namespace real {
 namespace {

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "real/real_python.h"
+#include "support/real_python.h"
 
 /// What the fuzzers share: one started interpreter, in which the oracles run, and input as values.
 namespace fuzz {

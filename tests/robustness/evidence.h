@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "../real/real_python.h"
-#include "every_function.h"
+#include "support/real_python.h"
+#include "support/every_function.h"
 
 /// Every exported function over a pool of Python objects, on the interpreter under test.
 namespace evidence {

@@ -1,13 +1,20 @@
 # The binary interface under guard: what the loader and packagers read in the library, the names that
 # it exports, and the types behind them. `cmake --build BUILD --target update_abi` takes the present
 # names and types as the new baseline; `c++filt < symbols.txt` shows what the names mean.
+add_test(NAME install.not_linked_against_python
+         COMMAND ${CMAKE_OBJDUMP} --private-headers $<TARGET_FILE:pelion_core>)
+set_tests_properties(install.not_linked_against_python PROPERTIES
+  LABELS install
+  PASS_REGULAR_EXPRESSION "NEEDED[^\n]*libc\\.so|DLL Name: KERNEL32"
+  FAIL_REGULAR_EXPRESSION "(NEEDED|DLL Name)[^\n]*python;RPATH;RUNPATH")
+
 if(PELION_CORE_SANITIZE)
   return()
 endif()
 
 function(abi_test name)
-  add_test(NAME abi.${name} COMMAND ${ARGN})
-  set_tests_properties(abi.${name} PROPERTIES LABELS abi TIMEOUT 120)
+  add_test(NAME install.abi.${name} COMMAND ${ARGN})
+  set_tests_properties(install.abi.${name} PROPERTIES LABELS install TIMEOUT 120)
 endfunction()
 
 string(TOLOWER ${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR} platform)
@@ -30,11 +37,11 @@ if(WIN32)
 endif()
 
 abi_test(Dynamic readelf --dynamic --wide ${library})
-set_tests_properties(abi.Dynamic PROPERTIES
+set_tests_properties(install.abi.Dynamic PROPERTIES
   PASS_REGULAR_EXPRESSION "\\[libpelion_core\\.so\\.0\\].*BIND_NOW"
   FAIL_REGULAR_EXPRESSION "TEXTREL;NEEDED[^\n]*\\[libboost")
 abi_test(DlopenNote readelf --string-dump=.note.dlopen ${library})
-set_tests_properties(abi.DlopenNote PROPERTIES  # every version, the best first
+set_tests_properties(install.abi.DlopenNote PROPERTIES  # every version, the best first
   PASS_REGULAR_EXPRESSION "python3\\.13.*3\\.12.*3\\.11.*3\\.10.*3\\.9.*3\\.8.*3\\.7m.*3\\.6m[^,]*\\]\\}\\]")
 
 # Types are compared on an unoptimised library: what the optimiser at link time leaves of the debug

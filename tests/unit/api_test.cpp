@@ -1,7 +1,7 @@
 #include <boost/exception/all.hpp>
 
-#include "every_function.h"
 #include "support.h"
+#include "support/every_function.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "real_python.h"
+#include "support/real_python.h"
 
 namespace real {
 namespace {
