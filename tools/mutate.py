@@ -22,9 +22,9 @@ RULES = [(re.compile(pattern), replacement) for pattern, replacement in (
     (r"(?<=return )(api->\w*(?:Check|Has|Is|Rich)\w*\(.*\));", r"!(\1);"),
     (r"^ +[\w.]+(?:->|\.|::)?\w+\([^{]*\);$", ""),  # a call for its effect
 )]
-TARGETS = ["unit_tests", "python_tests", "pelion_core_faults", "pelion_core_boundary",
-           "replay_names", "replay_text", "replay_components", "replay_calls"]
-TESTS = ["--tests-regex", "debian:|^unit|boundary", "--exclude-regex", r"load\.|example",
+TARGETS = ["unit_tests", "unload_test", "python_tests", "faults_test", "stand_in_answer",
+           "stand_in_forward", "replay_names", "replay_text", "replay_components"]
+TESTS = ["--tests-regex", "debian:|^unit", "--exclude-regex", "soak|lives|example",
          "--parallel", "2", "--timeout", "60", "--stop-on-failure"]
 
 

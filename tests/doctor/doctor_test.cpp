@@ -49,7 +49,7 @@ void write(const fs::path& file, const std::string& bytes) {
   fs::permissions(file, fs::perms::owner_all);
 }
 
-const std::string runtime = bytesOf(FAKE_RUNTIME);
+const std::string runtime = bytesOf(STAND_IN);
 const std::string otherLibrary = bytesOf(OTHER_LIBRARY);
 
 // The runtime with other bytes in its header.

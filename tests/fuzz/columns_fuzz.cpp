@@ -8,7 +8,6 @@
 #include "host.h"
 
 using namespace fuzz;
-using namespace primitive;
 
 namespace {
 
@@ -74,15 +73,15 @@ std::string shown(const Timedelta64ArrayComponents& all) {
 
 /// All that a host sees: the components, or the failure and the error that it leaves pending.
 template <class Components>
-std::string seen(Host& python, const PyHandle& array) {
+std::string seen(const PyHandle& array) {
   std::string result;
-  const std::string failed = python.failure([&] { result = shown(Components(array.get())); });
+  const std::string failed = real::failure([&] { result = shown(Components(array.get())); });
   return result + failed;
 }
 
 void compareDecompositions(Host& python, bool isDate, const PyHandle& array) {
   const auto see = isDate ? seen<Datetime64ArrayComponents> : seen<Timedelta64ArrayComponents>;
-  check(see(python, array) == see(python, python.call("walked", {array})), "the same components");
+  check(see(array) == see(python.call("walked", {array})), "the same components");
 }
 
 void compareCreations(Host& python, std::vector<double>& values,
@@ -104,7 +103,7 @@ void compareCreations(Host& python, std::vector<double>& values,
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static Host python(model, "numpy");
-  Input input(data, size);
+  Input input{data, size};
   const char* const units[] = {"Y",  "M",  "W",  "D",  "h",  "m", "s",
                                "ms", "us", "ns", "ps", "fs", "as"};
   const bool isDate = input.take() % 2 == 0;
@@ -131,6 +130,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     span = input.of(corners);
   }
   compareCreations(python, spans, {first, second + input.below(9) / 8});
-  check(!exception::pyErrorOccurred(), "no error is pending");
+  check(!pyErrorOccurred(), "no error is pending");
   return 0;
 }

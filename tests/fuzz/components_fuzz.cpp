@@ -1,11 +1,10 @@
-// Dates and durations taken apart and made again, over NumPy arrays of random unit, order, shape
+// Dates and durations decomposed and made again, over NumPy arrays of random unit, order, shape
 // and strides and over Python's own objects, against the calendar and the units in Python's
 // integers.
 
 #include "host.h"
 
 using namespace fuzz;
-using namespace primitive;
 
 namespace {
 
@@ -77,14 +76,13 @@ def remade(dates, made):
 
 template <class Number>
 PyHandle tuple(const std::vector<Number>& numbers) {
+  constexpr bool isDouble = std::is_same_v<Number, double>;
   PyArguments items;
   for (const Number each : numbers) {
-    if constexpr (std::is_same_v<Number, double>)
-      items.push_back(pyCreateFloat(each));
-    else
-      items.push_back(pyCreateLong(static_cast<std::int64_t>(each)));
+    items.push_back(isDouble ? pyCreateFloat(static_cast<double>(each))
+                             : pyCreateLong(static_cast<std::int64_t>(each)));
   }
-  return sequence::pyTupleCreate(items);
+  return pyTupleCreate(items);
 }
 
 using Shape = std::vector<std::uint64_t>;
@@ -107,39 +105,42 @@ struct Expectation {
   }
 };
 
-void takeDatesApart(const Expectation& expected, const PyHandle& array, const PyHandle& input) {
-  const Datetime64ArrayComponents all(input.get());
-  check(all.isValid(), "valid");
-  expected.holds(array, all.shape().second, all.natIndices(), all.years(), all.months(), all.days(),
-                 all.hours(), all.minutes(), all.seconds(), all.milliseconds());
-}
-
-void takeDurationsApart(const Expectation& expected, const PyHandle& array, const PyHandle& input) {
-  const Timedelta64ArrayComponents all(input.get());
-  check(all.isValid(), "valid");
-  expected.holds(array, all.shape().second, all.natIndices(), all.hours(), all.minutes(),
-                 all.seconds(), all.milliseconds_int(), all.milliseconds());
-}
-
-void takeOneApart(bool isDate, const Expectation& expected, const PyHandle& array,
-                  const PyHandle& input) {
-  if (isDate) {
-    const Datetime64Component one(input.get());
-    check(one.isValid(), "valid");
-    expected.holdsForOne(array, one.isNaT(), one.year(), one.month(), one.day(), one.hour(),
-                         one.minute(), one.second(), one.millisecond());
-  } else {
-    const Timedelta64Component one(input.get());
-    check(one.isValid(), "valid");
-    expected.holdsForOne(array, one.isNaT(), one.hour(), one.minute(), one.second(),
-                         one.millisecond_int(), one.millisecond());
+void decomposeDates(const Expectation& expected, const PyHandle& array, const PyHandle& input,
+                    const PyHandle& element, const PyHandle& one) {
+  if (input) {
+    const Datetime64ArrayComponents all(input.get());
+    check(all.isValid(), "valid");
+    expected.holds(array, all.shape().second, all.natIndices(), all.years(), all.months(),
+                   all.days(), all.hours(), all.minutes(), all.seconds(), all.milliseconds());
+  }
+  if (one) {
+    const Datetime64Component date(one.get());
+    check(date.isValid(), "valid");
+    expected.holdsForOne(element, date.isNaT(), date.year(), date.month(), date.day(), date.hour(),
+                         date.minute(), date.second(), date.millisecond());
   }
 }
 
-void takeListsApart(bool isDate, Expectation expected, const PyHandle& present) {
+void decomposeDurations(const Expectation& expected, const PyHandle& array, const PyHandle& input,
+                        const PyHandle& element, const PyHandle& one) {
+  if (input) {
+    const Timedelta64ArrayComponents all(input.get());
+    check(all.isValid(), "valid");
+    expected.holds(array, all.shape().second, all.natIndices(), all.hours(), all.minutes(),
+                   all.seconds(), all.milliseconds_int(), all.milliseconds());
+  }
+  if (one) {
+    const Timedelta64Component span(one.get());
+    check(span.isValid(), "valid");
+    expected.holdsForOne(element, span.isNaT(), span.hour(), span.minute(), span.second(),
+                         span.millisecond_int(), span.millisecond());
+  }
+}
+
+void decomposeLists(bool isDate, Expectation expected, const PyHandle& present) {
   Host& python = expected.python;
   const PyHandle objects = python.call("list", {python.call("as_objects", {present})});
-  const Shape shape = {sequence::pySequenceLength(objects.get())};
+  const Shape shape = {pySequenceLength(objects.get())};
   const Nats none(shape[0]);
   if (!isDate) {
     const TimedeltaListComponent spans(objects.get());
@@ -152,23 +153,21 @@ void takeListsApart(bool isDate, Expectation expected, const PyHandle& present) 
                  dates.minutes(), dates.seconds(), dates.milliseconds());
   PyArguments made;
   for (std::size_t i = 0; i < shape[0]; ++i) {
-    std::vector<double> host = {double(dates.years()[i]),
-                                double(dates.months()[i]),
-                                double(dates.days()[i]),
-                                double(dates.hours()[i]),
-                                double(dates.minutes()[i]),
-                                dates.seconds()[i] + dates.milliseconds()[i] / 1000,
-                                -19800000};
+    std::vector<double> host;
+    for (const auto& column :
+         {dates.years(), dates.months(), dates.days(), dates.hours(), dates.minutes()})
+      host.push_back(static_cast<double>(column[i]));
+    host.insert(host.end(), {dates.seconds()[i] + dates.milliseconds()[i] / 1000, -19800000});
     made.push_back(pyCreateDatetime(host, i % 2 == 0));
   }
-  check(python.holds("remade", {objects, sequence::pyTupleCreate(made)}), "made again");
+  check(python.holds("remade", {objects, pyTupleCreate(made)}), "made again");
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static Host python(model, "numpy");
-  Input input(data, size);
+  Input input{data, size};
   const bool isDate = input.take() % 2 == 0;
   const bool asObjects = input.take() % 4 == 0;
   const char* const units[] = {"Y",  "M",  "W",  "D",  "h",  "m", "s",
@@ -189,19 +188,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   const char* const rule = isDate ? "date" : asObjects ? "timedelta_object" : "duration";
   const Expectation expected = {python, python.eval(rule), unit};
-  const auto takeApart = isDate ? takeDatesApart : takeDurationsApart;
-  const PyHandle one = python.call("element", {array, number(input.take())});
+  const auto decompose = isDate ? decomposeDates : decomposeDurations;
+  const PyHandle element = python.call("element", {array, number(input.take())});
   if (!asObjects) {
-    takeApart(expected, array, array);
-    takeOneApart(isDate, expected, one, one);
+    decompose(expected, array, array, element, element);
   } else {
     // The first object tells the kind.
-    const PyHandle objects = python.call("as_objects", {array});
-    if (!python.holds("first_is_none", {objects})) takeApart(expected, array, objects);
-    const PyHandle object = python.call("as_objects", {one});
-    if (!python.holds("first_is_none", {object})) takeOneApart(isDate, expected, one, object);
-    takeListsApart(isDate, expected, python.call("present", {array}));
+    const auto objectsOf = [&](const PyHandle& each) {
+      const PyHandle objects = python.call("as_objects", {each});
+      return python.holds("first_is_none", {objects}) ? PyHandle() : objects;
+    };
+    decompose(expected, array, objectsOf(array), element, objectsOf(element));
+    decomposeLists(isDate, expected, python.call("present", {array}));
   }
-  check(!exception::pyErrorOccurred(), "no error is pending");
+  check(!pyErrorOccurred(), "no error is pending");
   return 0;
 }

@@ -3,15 +3,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <stdexcept>
 
+#include "support/at_hand.h"
 #include "support/real_python.h"
 
 /// What the fuzzers share: one started interpreter, in which the oracles run, and input as values.
 namespace fuzz {
-
-using namespace pelion_core;
-using namespace pelion_core::api;
 
 inline void check(bool holds, const char* what) {
   if (holds) return;
@@ -19,43 +16,20 @@ inline void check(bool holds, const char* what) {
   std::abort();
 }
 
-/// The interpreter lacks what a fuzzer needs.
-struct Skipped : std::runtime_error {
-  using runtime_error::runtime_error;
-};
-
-class Host : public real::RealPython {
+class Host : public real::Session {
  public:
-  /// Throws `Skipped` where the module that the fuzzer needs cannot be imported.
+  /// Ends the process with 77 where the module that the fuzzer needs cannot be imported.
   explicit Host(const char* prelude, const std::string& needed = "builtins") {
-    SetUp();
-    if (failure([&] { run("import " + needed); }) != "nothing thrown None") {
-      throw Skipped("no " + needed + " for this interpreter");
-    }
+    check(real::load() == 0, "loaded");
+    open();
+    if (real::failure([&] { run("import " + needed); }) != "nothing thrown None") std::_Exit(77);
     run(prelude);
-  }
-  using RealPython::eval;
-  using RealPython::failure;
-  using RealPython::holds;
-  using RealPython::number;
-
-  /// A function of the prelude, called; it must not raise.
-  PyHandle call(const char* function, const PyArguments& args) {
-    return object::pyInvoke(eval(function).get(), args, PyKeywords{});
-  }
-  bool holds(const char* function, const PyArguments& args) {
-    return primitive::pyBoolGetData(call(function, args).get());
   }
 
   PyHandle bytes(const void* data, std::size_t size) {
-    const PyHandle array = primitive::pyCreateNumericArray(size, 'B', const_cast<void*>(data));
-    return object::pyInvoke(object::pyGetMember(array.get(), "tobytes").get(), PyArguments{},
-                            PyKeywords{});
+    return call("bytes", {pyCreateNumericArray(size, 'B', const_cast<void*>(data))});
   }
   PyHandle units(const std::u16string& text) { return bytes(text.data(), 2 * text.size()); }
-
- private:
-  void TestBody() override {}
 };
 
 /// What `make` gives, or an empty handle when it throws and leaves a Python error, which is
@@ -65,25 +39,24 @@ PyHandle orEmpty(Make make) {
   try {
     return make();
   } catch (const InternalPyException&) {
-    check(exception::pyErrorOccurred(), "an error is pending");
-    exception::pyErrorClear();
+    check(pyErrorOccurred(), "an error is pending");
+    pyErrorClear();
     return {};
   }
 }
 
 /// Takes values off the front of the input; zeros when there is no more.
-class Input {
- public:
-  Input(const std::uint8_t* data, std::size_t size) : data_(data), left_(size) {}
+struct Input {
+  const std::uint8_t* data;
+  std::size_t left;
 
-  bool empty() const { return left_ == 0; }
   template <class Value = std::uint8_t>
   Value take() {
     Value value = {};
-    const std::size_t size = std::min(left_, sizeof value);
-    std::memcpy(&value, data_, size);
-    data_ += size;
-    left_ -= size;
+    const std::size_t size = std::min(left, sizeof value);
+    std::memcpy(&value, data, size);
+    data += size;
+    left -= size;
     return value;
   }
   std::size_t below(std::size_t limit) { return take() % limit; }
@@ -91,16 +64,6 @@ class Input {
   const auto& of(const List& list) {
     return list[below(std::size(list))];
   }
-
- private:
-  const std::uint8_t* data_;
-  std::size_t left_;
 };
-
-inline std::u16string utf16(const std::uint8_t* data, std::size_t size) {
-  std::u16string text(size / 2, u'\0');
-  if (!text.empty()) std::memcpy(text.data(), data, 2 * text.size());
-  return text;
-}
 
 }  // namespace fuzz

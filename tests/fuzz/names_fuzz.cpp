@@ -37,26 +37,19 @@ def found(data):
     except Exception: pass
 def agrees(result, value): return result is not None and result[0] == value
 )");
-  static const std::u16string words[] = {u"py",       u"m",
-                                         u"sub",      u"deep",
-                                         u"a",        u"b",
-                                         u"c",        u"d",
-                                         u"len",      u"os",
-                                         u"path",     u"join",
-                                         u"é",        u"🐍",
-                                         u"builtins", u"__name__",
-                                         u".",        u".",
-                                         u".",        u"\xFEFFm",
-                                         u"\xD800",   std::u16string(1, u'\0')};
+  // clang-format off
+  static const std::u16string words[] = {
+      u"py", u"m", u"sub", u"deep", u"a", u"b", u"c", u"d", u"len", u"os", u"path", u"join", u"é",
+      u"🐍", u"builtins", u"__name__", u".", u".", u".", u"\xFEFFm", u"\xD800", {u'\0'}};
+  // clang-format on
   std::u16string name;
-  Input input(data, size);
+  Input input{data, size};
   if (input.take() % 4 != 0) name = u"py.";
-  while (!input.empty()) {
+  while (input.left > 0) {
     const std::uint8_t choice = input.take();
     name +=
         choice < 250 ? words[choice % std::size(words)] : std::u16string(1, input.take<char16_t>());
   }
-
   const PyHandle expected = python.call("found", {python.units(name)});
   const bool bad = python.holds("lambda result: result == 'bad name'", {expected});
   try {
@@ -65,8 +58,8 @@ def agrees(result, value): return result is not None and result[0] == value
   } catch (const fetch::BadPythonName&) {
     check(bad, "a bad name");
   } catch (const fetch::SearchFailure&) {
-    check(object::pyIsNone(expected.get()), "not found");
+    check(pyIsNone(expected.get()), "not found");
   }
-  check(!exception::pyErrorOccurred(), "no error is pending");
+  check(!pyErrorOccurred(), "no error is pending");
   return 0;
 }

@@ -15,33 +15,31 @@ def encoded(text):
   except UnicodeEncodeError: return None
   return text.encode('utf-16-le')
 )");
-  const auto text = [](const char* ascii) { return real::text(ascii); };
-
+  using real::text;
   const auto agrees = [&](const PyHandle& made, const PyHandle& input, const char* codec) {
     const PyHandle expected = python.call("decoded", {input, text(codec)});
-    check((made == nullptr) == object::pyIsNone(expected.get()), codec);
+    check((made == nullptr) == pyIsNone(expected.get()), codec);
     check(made == nullptr || python.holds("same", {made, input, text(codec)}), "the same text");
   };
-  const PyHandle input = python.bytes(data, size);
   const std::string utf8(reinterpret_cast<const char*>(data), size);
-  const PyHandle fromUtf8 = orEmpty([&] { return primitive::pyCreateString(utf8); });
-  agrees(fromUtf8, input, "utf-8");
-  if (fromUtf8) check(utf8.c_str() == std::string(object::pyGetChars(fromUtf8.get())), "UTF-8");
+  const PyHandle fromUtf8 = orEmpty([&] { return pyCreateString(utf8); });
+  agrees(fromUtf8, python.bytes(data, size), "utf-8");
+  if (fromUtf8) check(utf8.c_str() == std::string(pyGetChars(fromUtf8.get())), "UTF-8");
 
-  const std::u16string units = utf16(data, size);
+  std::u16string units(size / 2, u'\0');
+  if (!units.empty()) std::memcpy(units.data(), data, 2 * units.size());
   const PyHandle whole = python.units(units);
-  const PyHandle fromUtf16 = orEmpty([&] { return primitive::pyCreateString(units); });
-  agrees(fromUtf16, whole, "utf-16");
+  agrees(orEmpty([&] { return pyCreateString(units); }), whole, "utf-16");
 
   // A text of any code points, lone surrogates too.
   const PyHandle any = python.call("decoded", {whole, text("utf-16-le"), text("surrogatepass")});
   const PyHandle expected = python.call("encoded", {any});
-  const char* const chars = object::pyGetChars(any.get());
-  check((chars == nullptr) == exception::pyErrorOccurred(), "an error is pending");
-  exception::pyErrorClear();
-  const PyHandle back = orEmpty([&] { return python.units(object::get_ustring(any.get())); });
-  check((chars == nullptr) == object::pyIsNone(expected.get()), "shown as UTF-8");
-  check((back == nullptr) == object::pyIsNone(expected.get()), "shown as UTF-16");
-  check(!back || object::pyEqual(back.get(), expected.get()), "UTF-16");
+  const char* const chars = pyGetChars(any.get());
+  check((chars == nullptr) == pyErrorOccurred(), "an error is pending");
+  pyErrorClear();
+  const PyHandle back = orEmpty([&] { return python.units(get_ustring(any.get())); });
+  check((chars == nullptr) == pyIsNone(expected.get()), "shown as UTF-8");
+  check((back == nullptr) == pyIsNone(expected.get()), "shown as UTF-16");
+  check(!back || pyEqual(back.get(), expected.get()), "UTF-16");
   return 0;
 }

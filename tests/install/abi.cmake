@@ -36,6 +36,8 @@ if(WIN32)
   return()
 endif()
 
+abi_test(EveryFunctionIsInTheTable ${CMAKE_CURRENT_SOURCE_DIR}/every_function.sh
+  ${library} ${PROJECT_SOURCE_DIR}/tests/support/every_function.h)
 abi_test(Dynamic readelf --dynamic --wide ${library})
 set_tests_properties(install.abi.Dynamic PROPERTIES
   PASS_REGULAR_EXPRESSION "\\[libpelion_core\\.so\\.0\\].*BIND_NOW"

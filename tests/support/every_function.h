@@ -1,25 +1,12 @@
 #pragma once
 
-#include <pelion_core/pelion_core.h>
-
 #include <string>
 #include <vector>
 
+#include "support/at_hand.h"
+
 /// Every exported function of the object API but `pyClose`, as a call over one object.
 namespace every {
-
-using namespace pelion_core;
-using namespace pelion_core::api;
-using namespace interpreter;
-using namespace managed;
-using namespace exception;
-using namespace primitive;
-using namespace mapping;
-using namespace sequence;
-using namespace object;
-using namespace type;
-using namespace module;
-using namespace dataframe;
 
 /// Borrowed, or in a handle.
 struct Function {

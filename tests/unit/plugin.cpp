@@ -17,7 +17,7 @@ extern "C" __attribute__((visibility("default"))) int usePython();
 // Zero when the library was fresh and did its work.
 extern "C" int usePython() {
   if (loader::isPythonLoaded()) return 1;
-  const std::u16string runtime = std::filesystem::u8path(FAKE_RUNTIME).u16string();
+  const std::u16string runtime = std::filesystem::u8path(STAND_IN).u16string();
   if (loader::attemptToLoadPython(u"3.11", runtime, u"/prog", u"/home", u"", true) != 0) return 2;
   // Blocks of freed handles are kept back by two threads: one that is over, one that is not.
   std::thread([] { primitive::pyCreateInt(1); }).join();

@@ -1,63 +1,62 @@
-#include "support.h"
+#include "stand_in_test.h"
 
 namespace {
 
-const std::u16string absentLibrary = u"/no/such/folder/lib\u00e9.so";
+using shared_object::isMapped;
 
 TEST(LibraryHolder, SharesTheLibraryAmongCopies) {
-  for (const std::u16string& path : {std::u16string(), absentLibrary}) {
+  const std::u16string absent = u"/no/such/folder/lib\u00e9.so";
+  for (const std::u16string& path : {std::u16string(), absent}) {
     const PythonLibHolder none(path);
     EXPECT_FALSE(none.loaded());
     EXPECT_EQ(none.findSymbol("malloc"), nullptr) << "looked up in the main program";
   }
-
-  auto first = std::make_unique<PythonLibHolder>(fakePath);
+  auto first = std::make_unique<PythonLibHolder>(standIn.u16string());
   {
     PythonLibHolder copy(*first);
     const PythonFuncs table(copy);
     PythonLibHolder moved(std::move(copy));
-    EXPECT_EQ(moved.getLibraryName(), fakePath);
+    EXPECT_EQ(moved.getLibraryName(), standIn.u16string());
     first.reset();
-    moved = PythonLibHolder(absentLibrary);
-    EXPECT_TRUE(isMapped(fakePath)) << "the table holds it";
+    moved = PythonLibHolder(absent);
+    EXPECT_TRUE(isMapped(standIn)) << "the table holds it";
     EXPECT_EQ(table.Py_IsInitialized(), 0);
   }
-  EXPECT_FALSE(isMapped(fakePath));
+  EXPECT_FALSE(isMapped(standIn));
 }
 
-TEST(SymbolDecorator, RemembersThatNeitherNameWasFound) {
-  const PythonLibHolder holder(fakePath);
+using Tables = StandInTest;
+
+TEST_F(Tables, RememberThatNeitherNameWasFound) {
   FindSymbolDecorator symbols;
-  EXPECT_NE(symbols.findSymbol(holder, "PyNo_Such", "Py_Initialize"), nullptr);
+  EXPECT_NE(symbols.findSymbol(library, "PyNo_Such", "Py_Initialize"), nullptr);
   EXPECT_TRUE(symbols.acquired());
-  EXPECT_EQ(symbols.findSymbol(holder, "PyNo_Such", "PyNo_Other"), nullptr);
-  EXPECT_NE(symbols.findSymbol(holder, "Py_Initialize"), nullptr);
+  EXPECT_EQ(symbols.findSymbol(library, "PyNo_Such", "PyNo_Other"), nullptr);
+  EXPECT_NE(symbols.findSymbol(library, "Py_Initialize"), nullptr);
   EXPECT_FALSE(FindSymbolDecorator(symbols).acquired());
 }
 
-using WideText = FakeRuntimeTest;
-
-TEST_F(WideText, KeepsTheFirstProgramNameAndOption) {
+TEST_F(Tables, KeepTheFirstProgramNameAndOption) {
   // The buffers get one more zero by every call, so each call may read them one unit further.
   for (std::size_t zeros = 1; zeros < 40; ++zeros) {
-    three.Py_SetProgramName(zeros == 1 ? u"first" : u"another, longer than the first");
-    three.PySys_AddXOption(zeros == 1 ? u"first" : u"another, longer than the first");
-    for (const auto& [setter, text] : runtime.wide)
-      EXPECT_EQ(std::wstring(text, 5 + zeros), L"first" + std::wstring(zeros, 0)) << setter;
+    const std::u16string text = zeros == 1 ? u"first" : u"another, longer than the first";
+    three.Py_SetProgramName(text);
+    three.PySys_AddXOption(text);
+    for (const auto& [setter, kept] : runtime.wide)
+      EXPECT_EQ(std::wstring(kept, 5 + zeros), L"first" + std::wstring(zeros, 0)) << setter;
   }
 }
 
-TEST_F(WideText, ReplacesTheHomeAndKeepsItsBuffer) {
-  const std::pair<std::u16string, std::u32string> rows[] = {
-      {u"/caf\u00e9/\u65e5\u672c/\U0001F40D!", U"/caf\u00e9/\u65e5\u672c/\U0001F40D!"},
-      {u"", U""},
-      {{0xDC0D, 0xD83D, u'b'}, {0xDC0D, 0xD83D, U'b'}}};
-  for (const auto& [text, points] : rows) {
-    three.Py_SetPythonHome(text);
+TEST_F(Tables, ReplaceTheHomeInItsBuffer) {
+  const std::u16string surrogates = {0xDC0D, 0xD83D, u'b'};
+  const std::pair<std::u16string, std::wstring> rows[] = {
+      {u"/caf\u00e9/\u65e5\u672c/\U0001F40D!", L"/caf\u00e9/\u65e5\u672c/\U0001F40D!"},
+      {u"", L""},
+      {surrogates, std::wstring(surrogates.begin(), surrogates.end())}};
+  for (const auto& [home, wide] : rows) {
+    three.Py_SetPythonHome(home);
     three.Py_SetPath(u"/overwrites/what/was/freed/if/the/home/was");
-    EXPECT_EQ(runtime.wide["Py_SetPythonHome"], sizeof(wchar_t) == 2
-                                                    ? std::wstring(text.begin(), text.end())
-                                                    : std::wstring(points.begin(), points.end()));
+    EXPECT_EQ(runtime.wide["Py_SetPythonHome"], wide);
   }
 }
 

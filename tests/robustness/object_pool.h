@@ -1,22 +1,13 @@
 #pragma once
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
-#include "support/real_python.h"
 #include "support/every_function.h"
+#include "support/real_python.h"
 
 /// Every exported function over a pool of Python objects, on the interpreter under test.
-namespace evidence {
-
-using namespace pelion_core;
-using namespace pelion_core::api;
-
-using every::functions;
-using real::thrownBy;
-
-class Evidence : public real::RealPython {
+class ObjectPool : public real::RealPython {
  protected:
   void SetUp() override {
     RealPython::SetUp();
@@ -53,18 +44,17 @@ except Exception: zoned = naive
             "[aware, zoned]",
             "[delta, delta]",
             "array.array('d', [1, 2])"};
-    if (!holds("numpy")) return;
-    for (const char* each :
-         {"numpy.array(['2024-02-29', 'NaT'], 'M8[ms]')", "numpy.array([1, 2], 'm8[D]')",
-          "numpy.array([naive, None], object)", "numpy.array([delta, None], object)",
-          "numpy.datetime64('2024-02-29')", "numpy.timedelta64(1, 's')",
-          "pandas.DataFrame({'a': [1, 2]})", "pandas.Series(['x', 'y'])"}) {
-      pool.push_back(each);
-    }
+    const std::vector<std::string> tables = {"numpy.array(['2024-02-29', 'NaT'], 'M8[ms]')",
+                                             "numpy.array([1, 2], 'm8[D]')",
+                                             "numpy.array([naive, None], object)",
+                                             "numpy.array([delta, None], object)",
+                                             "numpy.datetime64('2024-02-29')",
+                                             "numpy.timedelta64(1, 's')",
+                                             "pandas.DataFrame({'a': [1, 2]})",
+                                             "pandas.Series(['x', 'y'])"};
+    if (holds("numpy is not None")) pool.insert(pool.end(), tables.begin(), tables.end());
   }
 
   bool hasTables = true;          ///< whether NumPy and pandas may be imported
   std::vector<std::string> pool;  ///< as Python expressions
 };
-
-}  // namespace evidence
