@@ -28,14 +28,10 @@ class Running {
     const int result = loader::attemptToLoadPython(toUtf16(python.version), toUtf16(python.library),
                                                    toUtf16(python.program), toUtf16(python.home),
                                                    toUtf16(python.path), true);
-    if (result == -1) {
-      throw Failure(notLoaded, python.library +
-                                   " does not load as a Python 3 runtime: there is no such file, "
-                                   "it is for another machine, or it lacks part of the C API (as "
-                                   "Python 2 and PyPy do)");
-    }
-    if (result == -2) {
-      throw Failure(alreadyRunning, "an interpreter is running in this process already");
+    if (result != 0) {
+      throw Failure(
+          result == -1 ? notLoaded : alreadyRunning,
+          python.library + " does not load as a Python 3 runtime: " + loader::whyNotLoaded());
     }
   }
   ~Running() { interpreter::pyClose(); }

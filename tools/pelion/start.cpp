@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <boost/locale/encoding_utf.hpp>
 #include <chrono>
 #include <functional>
 #include <iostream>
@@ -15,7 +14,6 @@
 #include <io.h>
 #include <windows.h>
 #else
-#include <dlfcn.h>
 #include <unistd.h>
 #if defined(__linux__)
 #include <signal.h>
@@ -61,21 +59,6 @@ class Channel {
  private:
   int output_;
 };
-
-// What the system says to loading the library once more.
-std::string whyNotLoaded(const std::string& library) {
-#if defined(_WIN32)
-  const std::wstring path = boost::locale::conv::utf_to_utf<wchar_t>(library);
-  if (LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH) == nullptr) {
-    const DWORD error = GetLastError();
-    return error == ERROR_MOD_NOT_FOUND ? "a library that it needs is missing"
-                                        : "error " + std::to_string(error) + " of the system";
-  }
-#else
-  if (dlopen(library.c_str(), RTLD_NOW | RTLD_GLOBAL) == nullptr) return dlerror();
-#endif
-  return "it lacks names of the C API, or another Python is running";
-}
 
 struct Result {
   bool ok;
@@ -132,7 +115,7 @@ int start(const std::string& settings) {
   const bool started = step(channel, "start", [&] {
     const int result =
         loader::attemptToLoadPython(values[0], values[1], values[2], values[3], values[4], true);
-    return Result{result == 0, result == 0 ? "" : whyNotLoaded(toUtf8(values[1]))};
+    return Result{result == 0, result == 0 ? "" : loader::whyNotLoaded()};
   });
   if (!started) return unusable;
   for (const char* name : {"math", "ctypes", "numpy", "pandas"}) {
