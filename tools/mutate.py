@@ -23,8 +23,9 @@ RULES = [(re.compile(pattern), replacement) for pattern, replacement in (
     (r"^ +[\w.]+(?:->|\.|::)?\w+\([^{]*\);$", ""),  # a call for its effect
 )]
 TARGETS = ["unit_tests", "unload_test", "python_tests", "faults_test", "stand_in_answer",
-           "stand_in_forward", "replay_names", "replay_text", "replay_components"]
-TESTS = ["--tests-regex", "debian:|^unit", "--exclude-regex", "soak|lives|example",
+           "stand_in_forward", "replay_names", "replay_text", "replay_components", "replay_columns",
+           "pelion_core_host_tests", "pelion_core_doctor_tests", "pelion"]
+TESTS = ["--tests-regex", "debian:|^unit|^doctor", "--exclude-regex", "soak|lives|example",
          "--parallel", "2", "--timeout", "60", "--stop-on-failure"]
 
 
