@@ -42,6 +42,16 @@ class StringArrayVariant {
 
 }  // namespace Zanthic::String::detail
 
+/// @cond
+// GCC exports members of a template for Windows one by one, and takes no definitions of imported
+// ones: there the linker alone finds them.
+#if defined(_WIN32) && !defined(PELION_CORE_BUILDING)
+#define PELION_CORE_MEMBER
+#else
+#define PELION_CORE_MEMBER PELION_CORE_EXPORT
+#endif
+/// @endcond
+
 /// Containers of the host's types.
 namespace coretypes::array {
 
@@ -53,10 +63,10 @@ class Array {
   /// No elements, in one dimension.
   Array() = default;
   /// One dimension.
-  explicit Array(std::vector<T> elements)
+  PELION_CORE_MEMBER explicit Array(std::vector<T> elements)
       : elements_(std::move(elements)), dims_{elements_.size()} {}
   /// Throws `std::invalid_argument` unless there are as many elements as the product of `dims`.
-  Array(std::vector<T> elements, std::vector<std::size_t> dims)
+  PELION_CORE_MEMBER Array(std::vector<T> elements, std::vector<std::size_t> dims)
       : elements_(std::move(elements)), dims_(std::move(dims)) {
     if (std::accumulate(dims_.begin(), dims_.end(), std::size_t{1}, std::multiplies<>()) !=
         size()) {
@@ -70,27 +80,29 @@ class Array {
       : Array(std::vector<T>(texts.begin(), texts.end())) {}
 
   /// The number of elements.
-  std::size_t size() const { return elements_.size(); }
+  PELION_CORE_MEMBER std::size_t size() const { return elements_.size(); }
   /// The extents.
-  const std::vector<std::size_t>& dims() const { return dims_; }
+  PELION_CORE_MEMBER const std::vector<std::size_t>& dims() const { return dims_; }
 
   /// The element at a place in column-major order, which is not checked.
-  T& operator[](std::size_t index) { return elements_[index]; }
+  PELION_CORE_MEMBER T& operator[](std::size_t index) { return elements_[index]; }
   /// The element at a place in column-major order, which is not checked.
-  const T& operator[](std::size_t index) const { return elements_[index]; }
+  PELION_CORE_MEMBER const T& operator[](std::size_t index) const { return elements_[index]; }
   /// The element with these subscripts, counted from 0; throws `std::out_of_range` when there is
   /// none.
-  T& at(const std::vector<std::size_t>& subscripts) { return elements_[place(subscripts)]; }
+  PELION_CORE_MEMBER T& at(const std::vector<std::size_t>& subscripts) {
+    return elements_[place(subscripts)];
+  }
   /// The element with these subscripts, counted from 0; throws `std::out_of_range` when there is
   /// none.
-  const T& at(const std::vector<std::size_t>& subscripts) const {
+  PELION_CORE_MEMBER const T& at(const std::vector<std::size_t>& subscripts) const {
     return elements_[place(subscripts)];
   }
 
   /// The elements in column-major order.
-  const std::vector<T>& elements() const { return elements_; }
+  PELION_CORE_MEMBER const std::vector<T>& elements() const { return elements_; }
   /// The texts in column-major order, `filler` for the missing ones.
-  std::vector<std::u16string> texts(const std::u16string& filler = {}) const {
+  PELION_CORE_MEMBER std::vector<std::u16string> texts(const std::u16string& filler = {}) const {
     std::vector<std::u16string> all;
     all.reserve(size());
     for (const T& each : elements_) all.push_back(each.isMissing() ? filler : each.text());
@@ -98,14 +110,14 @@ class Array {
   }
 
   /// The same dimensions and elements.
-  bool operator==(const Array& other) const {
+  PELION_CORE_MEMBER bool operator==(const Array& other) const {
     return dims_ == other.dims_ && elements_ == other.elements_;
   }
   /// Not equal.
-  bool operator!=(const Array& other) const { return !(*this == other); }
+  PELION_CORE_MEMBER bool operator!=(const Array& other) const { return !(*this == other); }
 
  private:
-  std::size_t place(const std::vector<std::size_t>& subscripts) const {
+  PELION_CORE_MEMBER std::size_t place(const std::vector<std::size_t>& subscripts) const {
     std::size_t index = 0;
     if (subscripts.size() != dims_.size()) throw std::out_of_range("wrong number of subscripts");
     for (std::size_t i = dims_.size(); i-- > 0;) {
@@ -120,6 +132,8 @@ class Array {
 };
 
 /// The string array of the host.
-extern template class PELION_CORE_EXPORT Array<Zanthic::String::detail::StringArrayVariant>;
+extern template class Array<Zanthic::String::detail::StringArrayVariant>;
 
 }  // namespace coretypes::array
+
+#undef PELION_CORE_MEMBER
