@@ -132,7 +132,7 @@ class Array {
 };
 
 /// The string array of the host.
-extern template class Array<Zanthic::String::detail::StringArrayVariant>;
+extern template class PELION_CORE_MEMBER Array<Zanthic::String::detail::StringArrayVariant>;
 
 }  // namespace coretypes::array
 
