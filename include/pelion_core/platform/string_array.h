@@ -131,8 +131,10 @@ class Array {
   std::vector<std::size_t> dims_{0};
 };
 
-/// The string array of the host.
+/// @cond
+// The string array of the host lives in the library.
 extern template class PELION_CORE_MEMBER Array<Zanthic::String::detail::StringArrayVariant>;
+/// @endcond
 
 }  // namespace coretypes::array
 
