@@ -96,6 +96,7 @@ TEST(Exceptions, KeepTheirTypeAndTextOnTheWay) {
                 u"caf\u00e9 \U0001F40D \uFFFD(");
   expectTravels(InternalPyException(""), "Unknown InternalPyException", u"");
   expectTravels(fetch::BadPythonName(), "std::exception", u"std::exception");
+  expectTravels(fetch::SearchFailure(), "std::exception", u"std::exception");
   struct OfAHost : fetch::SearchFailure {
     std::string message() const { return convert_str(std::u16string(u"caf\u00e9")); }
   };
