@@ -38,8 +38,8 @@ class LoadError : public std::runtime_error {
 
 /// The settings of a Python, checked.
 ///
-/// @param program  what `discover` takes: a program, a runtime library, the folder of an environment or
-///                 of an installation, a version; or nothing for `firstUsable()`. UTF-8
+/// @param program  what `discover` takes: a program, a runtime library, the folder of an environment
+///                 or of an installation, a version; or nothing for `firstUsable()`. UTF-8
 /// @throws LoadError  with the reason and the remedy of the verdict of `inspect`
 Settings find(const std::string& program = {});
 
@@ -49,10 +49,10 @@ Settings find(const std::string& program = {});
 /// @throws LoadError  as `find`
 Settings complete(Settings given);
 
-/// Sees to it that a start with these settings cannot end the process for a reason that shows
-/// before: the library is there, made for this machine and has all the names, and the standard library
-/// lies under the home (or on the path). A library named without a folder is the system's to find and
-/// is not looked at.
+/// Makes sure that a start with these settings cannot end the process for a reason that shows
+/// before: the library is there, made for this machine and has all the names, and the standard
+/// library lies under the home (or on the path). A library named without a folder is the system's
+/// to find and is not looked at.
 ///
 /// @throws LoadError  as `find`
 void check(const Settings& settings);
