@@ -38,8 +38,9 @@ class LoadError : public std::runtime_error {
 
 /// The settings of a Python, checked.
 ///
-/// @param program  what `discover` takes: a program, a runtime library, the folder of an environment
-///                 or of an installation, a version; or nothing for `firstUsable()`. UTF-8
+/// @param program  what `discover` takes: a program, a runtime library, the folder of an
+///                 environment or of an installation, a version; or nothing for `firstUsable()`.
+///                 UTF-8
 /// @throws LoadError  with the reason and the remedy of the verdict of `inspect`
 Settings find(const std::string& program = {});
 
