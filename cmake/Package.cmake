@@ -25,6 +25,8 @@ set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Shared library, loads the Python runtim
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libpelion-core0)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "libpython3.11 | libpython3.12 | libpython3.13")
+# The program needs the library, which lies in another of these packages.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
 if(PELION_CORE_SHLIBDEPS)
   set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 endif()
