@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <random>
 #include <set>
 #include <sstream>
 
@@ -89,8 +90,7 @@ const std::string link = "\1link ";
 
 class Tree {
  public:
-  Tree() : root_(fs::temp_directory_path() / pathOf("pelion tree ä") / std::to_string(counter())) {
-    fs::remove_all(root_);
+  Tree() : root_(fs::temp_directory_path() / pathOf("pelion tree ä " + unique())) {
     const std::string metadata = "Metadata-Version: 2.1\nName: x\nVersion: 2.0.1\n\nVersion: 3\n";
     change({"PROGRAM", runtime});
     change({"LIBRARY", runtime});
@@ -138,9 +138,10 @@ class Tree {
   }
 
  private:
-  static int counter() {
-    static int count = 0;
-    return ++count;
+  // Tests of several interpreters run at one time.
+  static std::string unique() {
+    std::random_device random;
+    return std::to_string(random()) + std::to_string(random());
   }
 
   fs::path root_;
