@@ -2,26 +2,18 @@
 
     name;version;library;program;home
 
-With --environments DIR every interpreter that brings no NumPy of its own is given as the virtual
+They are those of this machine, or those of the programs that are named. With --environments DIR every interpreter that brings no NumPy of its own is given as the virtual
 environment DIR/<name> when there is one; with --install that is made first, with the newest NumPy
 and pandas that PyPI has for it. What is left out is said on standard error.
 """
 import argparse
 import glob
 import os
+import pathlib
 import subprocess
 import sys
 
-DESCRIBE = """
-import os, sys, sysconfig
-var = sysconfig.get_config_var
-names = [var("INSTSONAME"), var("LDLIBRARY")]
-folders = [var("LIBDIR"), os.path.join(var("LIBDIR") or "", var("MULTIARCH") or "")]
-found = [os.path.join(f, n) for f in folders for n in names if f and n and ".so" in n]
-found = [p for p in found if os.path.exists(p)]
-print(";".join([".".join(map(str, sys.version_info[:3])), found[0] if found else "",
-                sys.executable, getattr(sys, "base_prefix", sys.prefix)]))
-"""
+ASK = pathlib.Path(__file__).parent.parent / "src" / "host" / "ask.py"
 
 
 def candidates():
@@ -31,11 +23,11 @@ def candidates():
     yield from sorted(glob.glob(os.path.join(root, "versions", "*", "bin", "python")))
 
 
-def ask(program, code):
+def ask(program, code, *arguments):
     """What the code prints, or None when it or the program does not run."""
     environment = {k: v for k, v in os.environ.items() if not k.startswith("PYTHON")}
     try:
-        result = subprocess.run([program, "-c", code], env=environment, stdout=subprocess.PIPE,
+        result = subprocess.run([program, "-c", code, *arguments], env=environment, stdout=subprocess.PIPE,
                                 stderr=subprocess.DEVNULL, universal_newlines=True)
     except OSError:
         return None
@@ -58,16 +50,17 @@ def with_tables(program, folder, install):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("programs", nargs="*", metavar="PROGRAM")
     parser.add_argument("--environments", default="")
     parser.add_argument("--install", action="store_true")
     options = parser.parse_args()
     seen = set()
-    for program in candidates():
-        description = ask(program, DESCRIBE)
+    for program in options.programs or candidates():
+        description = ask(program, ASK.read_text(), "settings")
         if description is None:
             print("skipped: " + program + " does not run", file=sys.stderr)
             continue
-        version, library, program, home = description.split(";")
+        version, program, home, library = (description + "\n").split("\n")[1:5]
         if not library:
             print("skipped: " + program + " has no shared library", file=sys.stderr)
             continue

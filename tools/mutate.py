@@ -1,13 +1,14 @@
 """Changes the library a little, one place at a time, and says which changes no test notices.
 
-    mutate.py SOURCE PRESET COUNT [SEED]
+    mutate.py COPY COUNT SEED
 
-SOURCE is a copy of the project, which is changed and built; PRESET is configured there. The places
-are drawn at random. A change that does not compile or never ends counts as noticed.
+COPY is made anew, a clone of what is committed here, which is changed and built. The places are drawn
+at random. A change that does not compile or never ends counts as noticed.
 """
 import pathlib
 import random
 import re
+import shutil
 import subprocess
 import sys
 
@@ -49,15 +50,22 @@ def succeeds(source, *command):
                           stderr=subprocess.DEVNULL).returncode == 0
 
 
-def is_noticed(source, preset):
-    build = ("cmake", "--build", "--preset", preset, "--target", *TARGETS)
-    tests = ("ctest", "--test-dir", "build/" + preset, *TESTS)
+def is_noticed(source):
+    build = ("cmake", "--build", "--preset", "dev", "--target", *TARGETS)
+    tests = ("ctest", "--test-dir", "build/dev", *TESTS)
     return not succeeds(source, *build) or not succeeds(source, *tests)
 
 
-def main(source, preset, count, seed="1"):
-    source = pathlib.Path(source)
-    if is_noticed(source, preset):
+def main(copy, count, seed):
+    source = pathlib.Path(copy)
+    here = pathlib.Path.cwd()
+    shutil.rmtree(source, ignore_errors=True)
+    subprocess.run(["git", "clone", "--quiet", here, source], check=True)
+    subprocess.run(["cmake", "--preset", "dev", "-D",
+                    "PELION_TEST_ENVIRONMENTS=%s/build/environments" % here],
+                   cwd=source, stdout=subprocess.DEVNULL, check=True)
+    print("Changing what is committed", flush=True)
+    if is_noticed(source):
         sys.exit("The tests fail without any change.")
     candidates = list(changes(source))
     chosen = random.Random(seed).sample(candidates, min(int(count), len(candidates)))
@@ -67,7 +75,7 @@ def main(source, preset, count, seed="1"):
         lines = original.split("\n")
         lines[number] = changed
         path.write_text("\n".join(lines))
-        if not is_noticed(source, preset):
+        if not is_noticed(source):
             unnoticed += 1
             print("%s:%d\n  %s\n  %s" % (path.relative_to(source), number + 1, line.strip(),
                                          changed.strip() or "(nothing)"), flush=True)

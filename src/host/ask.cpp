@@ -11,25 +11,19 @@ namespace {
 // What a sitecustomize prints comes before it.
 constexpr const char* mark = "pelion_core asks:";
 
-// Printed are a line each after the mark: version, program, home, library. Python 2 says it too.
-constexpr const char* question = R"(
-import os, sys, sysconfig
-value = lambda name: sysconfig.get_config_var(name) or ''
-home = getattr(sys, 'base_prefix', sys.prefix)
-names = [value('INSTSONAME'), value('LDLIBRARY'), 'python%d%d.dll' % sys.version_info[:2]]
-shared = [n for n in names if '.so' in n or '.dylib' in n or '.dll' in n]
-folders = [value('LIBDIR'), os.path.join(value('LIBDIR'), value('MULTIARCH')),
-           os.path.join(home, 'lib'), home]
-libraries = [os.path.join(f, n) for f in folders for n in shared]
-lines = [sys.argv[1], '%d.%d' % sys.version_info[:2], sys.executable, home,
-         ([l for l in libraries if os.path.isfile(l)] + [''])[0]]
-encoded = '\n'.join(lines) if str is bytes else '\n'.join(lines).encode('utf-8', 'surrogateescape')
-getattr(sys.stdout, 'buffer', sys.stdout).write(encoded))";
+constexpr const char* question =
+#include "ask_py.h"
+    ;
 
 std::string nextLine(std::istream& lines) {
   std::string line;
   std::getline(lines, line);
   return boost::trim_right_copy_if(line, boost::is_any_of("\r"));
+}
+
+// "3.11" of "3.11.2".
+std::string minorVersion(const std::string& version) {
+  return version.substr(0, version.find('.', version.find('.') + 1));
 }
 
 std::string lastLine(const std::string& text) {
@@ -72,7 +66,7 @@ Answer ask(const std::string& program) {
       } else {
         std::istringstream lines(ended.output.substr(place));
         nextLine(lines);
-        answer.settings.version = nextLine(lines);
+        answer.settings.version = minorVersion(nextLine(lines));
         answer.settings.program = nextLine(lines);
         answer.settings.home = nextLine(lines);
         answer.settings.library = nextLine(lines);
