@@ -3,22 +3,6 @@
 #include <iostream>
 
 namespace example {
-namespace {
-
-ExitStatus statusOf(py::LoadError::Reason reason) {
-  switch (reason) {
-    case py::LoadError::Reason::notLoaded:
-      return notLoaded;
-    case py::LoadError::Reason::alreadyRunning:
-      return alreadyRunning;
-    case py::LoadError::Reason::notFound:
-      break;
-  }
-  return noPython;
-}
-
-}  // namespace
-
 void addPythonOptions(CLI::App& app, py::Settings& settings) {
   app.add_option("--python", settings.library, "Python's runtime library (libpython3.X.so, .dll)");
   app.add_option("--program", settings.program,
@@ -51,7 +35,7 @@ int runWithPython(const char* program, const py::Settings& given,
   } catch (const Failure& failure) {
     return tell(failure, failure.status());
   } catch (const py::LoadError& failure) {
-    return tell(failure, statusOf(failure.reason()));
+    return tell(failure, noPython);
   }
 }
 

@@ -15,14 +15,11 @@ namespace py = pelion_core::host;
 
 /// The exit statuses, beside 0.
 enum ExitStatus {
-  pythonRaised = 1,    ///< Python raised an error
-  wrongUsage = 2,      ///< the command line makes no sense
-  nameNotFound = 3,    ///< a Python name has the wrong form or leads nowhere
-  notLoaded = 4,       ///< the runtime library does not load
-  alreadyRunning = 5,  ///< the process has an interpreter already
-  noPython = 6,        ///< there is no Python that could be loaded
-  badInput = 7,        ///< the data to work on cannot be used
-  noPackage = 8,       ///< a Python package is missing
+  pythonRaised = 1,  ///< Python raised an error
+  wrongUsage = 2,    ///< the command line makes no sense
+  noPython = 3,      ///< no Python could be found or started
+  badInput = 4,      ///< the data to work on cannot be used
+  noPackage = 5,     ///< a Python package is missing
 };
 
 /// Why an example cannot go on, in words for its user.

@@ -4,53 +4,57 @@
 
 namespace pelion {
 
-using namespace pelion_core;
-using namespace pelion_core::api;
-
 namespace {
 
-PyHandle literal(const std::string& word) {
-  return callByName(u"py.ast.literal_eval", {text(word)});
-}
+// The positional arguments and the keyword arguments of a call.
+struct Arguments {
+  std::vector<py::Object> args;
+  std::map<std::string, py::Object> kwargs;
+};
 
-bool isIdentifier(const PyHandle& word) {
-  return primitive::pyBoolGetData(callMethod(word, "isidentifier").get());
-}
-
-void addArgument(PyArguments& args, PyKeywords& keywords, const std::string& word) {
-  const auto equals = word.find('=');
-  if (equals != std::string::npos) {
-    const PyHandle key = text(word.substr(0, equals));
-    if (isIdentifier(key)) {
-      keywords.emplace_back(key, literal(word.substr(equals + 1)));
-      return;
+// From the second word on.
+Arguments argumentsOf(const py::Session& python, const std::vector<std::string>& words) {
+  const py::Object literal = python("ast.literal_eval");
+  const py::Object isIdentifier = python("str.isidentifier");
+  Arguments result;
+  for (std::size_t i = 1; i < words.size(); ++i) {
+    const std::string& word = words[i];
+    const auto equals = word.find('=');
+    const std::string key = word.substr(0, equals);
+    if (equals != std::string::npos && isIdentifier(key).as<bool>()) {
+      result.kwargs[key] = literal(word.substr(equals + 1));
+    } else {
+      result.args.push_back(literal(word));
     }
   }
-  args.push_back(literal(word));
+  return result;
 }
 
-PyHandle find(const std::string& name) {
-  try {
-    return fetch::fetch(toUtf16(name));
-  } catch (const fetch::BadPythonName&) {
+py::Object find(const py::Session& python, const std::string& name) {
+  if (name.substr(0, 3) != "py.") {
     throw Failure(nameNotFound, "\"" + name + "\" is not a name like py.len or py.os.path.join");
-  } catch (const fetch::SearchFailure&) {
-    throw Failure(nameNotFound, "nothing is named \"" + name + "\"");
+  }
+  try {
+    return python(name.substr(3));
+  } catch (const py::Error& error) {
+    for (const char* absent : {"ImportError", "AttributeError", "NameError", "ValueError"}) {
+      if (error.matches(absent)) {
+        throw Failure(nameNotFound, "nothing is named \"" + name + "\"");
+      }
+    }
+    throw;
   }
 }
 
 }  // namespace
 
 int call(const RunOptions& options) {
-  return withPython(options.python, [&] {
-    const PyHandle callable = find(options.words.front());
-    PyArguments args;
-    PyKeywords keywords;
-    for (std::size_t i = 1; i < options.words.size(); ++i) {
-      addArgument(args, keywords, options.words[i]);
-    }
-    const PyHandle result = object::pyInvoke(callable.get(), args, keywords);
-    std::cout << object::pyGetZTClassName(result.get()) << '\n' << textOf(result) << '\n';
+  return withPython(options.python, [&](const py::Session& python) {
+    const py::Object callable = find(python, options.words.front());
+    const Arguments given = argumentsOf(python, options.words);
+    const py::Object result = callable.apply(given.args, given.kwargs);
+    std::cout << pelion_core::api::object::pyGetZTClassName(result.get()) << '\n'
+              << result.str() << '\n';
     return static_cast<int>(done);
   });
 }

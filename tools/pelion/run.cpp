@@ -2,9 +2,6 @@
 
 namespace pelion {
 
-using namespace pelion_core;
-using namespace pelion_core::api;
-
 namespace {
 
 // As `python FILE` has it: the file is the module __main__, its folder is the first on the path,
@@ -42,18 +39,10 @@ def run(words):
 }  // namespace
 
 int run(const RunOptions& options) {
-  return withPython(options.python, [&] {
-    const PyHandle names = callByName(u"py.dict");
-    callByName(u"py.exec", {text(runner), names});
-    const PyHandle words = callByName(u"py.list");
-    for (const std::string& word : options.words) {
-      callMethod(words, "append", {text(word)});
-    }
-    const PyHandle function = mapping::pyMappingGetItem(names.get(), text("run").get());
-    const PyHandle status = object::pyInvoke(function.get(), PyArguments{words}, PyKeywords{});
-    std::int64_t number = 0;
-    primitive::pyLongGetData(status.get(), &number);
-    return static_cast<int>(number);
+  return withPython(options.python, [&](const py::Session& python) {
+    const py::Object names = python("dict")();
+    python("exec")(runner, names);
+    return names["run"](options.words).as<int>();
   });
 }
 

@@ -1,10 +1,12 @@
 #include <algorithm>
+#include <boost/locale/encoding_utf.hpp>
 #include <chrono>
 #include <functional>
 #include <iostream>
 #include <nlohmann/json.hpp>
 
-#include "running.h"
+#include "commands.h"
+#include "pelion_core/pelion_core.h"
 #if defined(_WIN32)
 #define WIN32_LEAN_AND_MEAN
 #if !defined(NOMINMAX)
@@ -21,11 +23,21 @@
 #endif
 #endif
 
+/// The flat functions, since a session would refuse what is tried here.
 namespace pelion {
 namespace {
 
 using namespace pelion_core;
 using namespace pelion_core::api;
+
+std::u16string toUtf16(const std::string& utf8) {
+  return boost::locale::conv::utf_to_utf<char16_t>(utf8);
+}
+
+std::string textOf(const PyHandle& object) {
+  return boost::locale::conv::utf_to_utf<char>(
+      object::get_ustring(object::pyStr(object.get()).get()));
+}
 
 // The way to the parent. Whatever Python prints goes to standard error instead.
 class Channel {
@@ -81,17 +93,22 @@ std::string versionOf(const PyHandle& module) {
   return textOf(object::pyGetMember(module.get(), "__version__"));
 }
 
-std::string lastLine(std::string text) {
-  text.erase(text.find_last_not_of('\n') + 1);
-  return text.substr(text.find_last_of('\n') + 1);
+// The class of what is pending, which then is no longer, and the last line of its message.
+std::string takeError() {
+  const PyHandle error = exception::pyErrorFetch();
+  const PyHandle type = sequence::pyGetItem(error.get(), 0);
+  std::string message = textOf(sequence::pyGetItem(error.get(), 1));
+  message.erase(message.find_last_not_of('\n') + 1);
+  return textOf(object::pyGetMember(type.get(), "__name__")) + ": " +
+         message.substr(message.find_last_of('\n') + 1);
 }
 
 // A package that is not installed is no fault; one that is and lacks something is.
 Result import(const std::string& name) {
   try {
     return {true, versionOf(module::pyCreateModule(toUtf16(name)))};
-  } catch (const InternalPyException& exception) {
-    const std::string said = lastLine(takeError(exception));
+  } catch (const InternalPyException&) {
+    const std::string said = takeError();
     const bool isAbsent = said.find("No module named '" + name + "'") != std::string::npos;
     return {isAbsent, isAbsent ? "not installed" : said};
   }
