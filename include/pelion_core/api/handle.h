@@ -26,10 +26,9 @@ struct pyArray;
 ///   successful load, "NULL pointer passed to Python." for a null argument, "NULL pointer returned
 ///   from Python." when Python raised. A Python error stays pending: take it with
 ///   `exception::pyErrorFetch` or drop it with `exception::pyErrorClear` before the next call.
-/// - **Look-ups.** Within one call a module may be imported once and a member looked up once,
-/// however
-///   many elements need it. Between calls nothing is cached, so a module that was replaced in
-///   `sys.modules` is seen by the next call.
+/// - **Look-ups.** Within one call a module may be imported once and a member looked up once, for
+///   however many elements need it. Between calls nothing is cached, so a module that was replaced
+///   in `sys.modules` is seen by the next call.
 /// - **Out-pointers** must not be null. What they point to is unspecified after a failure.
 /// - **Tests** that say "false on failure" clear the pending error and throw only what is not an
 ///   `InternalPyException`.

@@ -40,8 +40,7 @@ PELION_CORE_EXPORT bool pyIsNumericArray(pyArray* object);
 /// @param data  an array, or what NumPy makes one of
 /// @param ndim  number of dimensions; 0 gives a 0-dimensional array
 /// @param dims  `ndim` elements, read only when there are any; of each only the low 32 bits are
-/// taken, with their sign: -1 is the one that NumPy
-///              infers
+///              taken, with their sign: -1 is the one that NumPy infers
 PELION_CORE_EXPORT PyHandle pyReshapeNumpyArray(PyHandle data, std::uint64_t ndim,
                                                 const std::uint64_t* dims);
 

@@ -52,8 +52,11 @@ class PELION_CORE_EXPORT IPythonAPI {
                           const std::u16string& path) = 0;
   /// Finalises the interpreter. Called under the lock; after it lock operations are inert.
   virtual void Py_Finalize() = 0;
+  /// Whether the interpreter runs.
   virtual bool Py_IsInitialized() = 0;
+  /// Adds a reference.
   virtual void Py_IncRef(PyObject* object) = 0;
+  /// Drops a reference; the last one ends the object.
   virtual void Py_DecRef(PyObject* object) = 0;
 
   /// Takes the interpreter lock, or counts one more level when it is held. Never throws.
@@ -62,6 +65,7 @@ class PELION_CORE_EXPORT IPythonAPI {
   /// was acquired since the start.
   virtual void releaseLock() = 0;
 
+  /// `isinstance(object, types.ModuleType)`.
   virtual bool PyModule_Check(PyObject* object) = 0;
   /// "builtins".
   virtual std::u16string getBuiltinsName() = 0;
@@ -72,47 +76,73 @@ class PELION_CORE_EXPORT IPythonAPI {
   /// The pointer in the capsule of this dotted name; null, with the error pending, on failure.
   virtual void* PyCapsule_Import(const std::u16string& name) = 0;
 
+  /// Drops the pending error, if any.
   virtual void PyErr_Clear() = 0;
+  /// Whether an error is pending.
   virtual bool PyErr_Occurred() = 0;
   /// Takes the pending error out of the interpreter, normalised, as a tuple (type, value,
   /// traceback) with None for what is absent.
   virtual PyObject* fetchError() = 0;
 
+  /// `hasattr(object, name)`, false also when the look-up raised.
   virtual bool PyObject_HasAttr(PyObject* object, PyObject* name) = 0;
+  /// The same by a UTF-8 name.
   virtual bool PyObject_HasAttrString(PyObject* object, const char* name) = 0;
+  /// `getattr(object, name)`.
   virtual PyObject* PyObject_GetAttr(PyObject* object, PyObject* name) = 0;
+  /// The same by a UTF-8 name.
   virtual PyObject* PyObject_GetAttrString(PyObject* object, const char* name) = 0;
+  /// `setattr(object, name, value)`; 0.
   virtual int PyObject_SetAttr(PyObject* object, PyObject* name, PyObject* value) = 0;
+  /// The same by a UTF-8 name.
   virtual int PyObject_SetAttrString(PyObject* object, const char* name, PyObject* value) = 0;
+  /// `object[key]`.
   virtual PyObject* PyObject_GetItem(PyObject* object, PyObject* key) = 0;
+  /// `object[key] = value`; 0.
   virtual int PyObject_SetItem(PyObject* object, PyObject* key, PyObject* value) = 0;
   /// Whether `left == right`.
   virtual bool PyObject_RichCompareBool(PyObject* left, PyObject* right) = 0;
+  /// `str(object)`.
   virtual PyObject* PyObject_Str(PyObject* object) = 0;
+  /// `dir(object)`, a list.
   virtual PyObject* PyObject_Dir(PyObject* object) = 0;
+  /// `type(object)`.
   virtual PyObject* PyObject_Type(PyObject* object) = 0;
+  /// `isinstance(object, cls)`.
   virtual bool PyObject_IsInstance(PyObject* object, PyObject* cls) = 0;
+  /// `issubclass(derived, cls)`.
   virtual bool PyObject_IsSubclass(PyObject* derived, PyObject* cls) = 0;
+  /// `callable(object)`.
   virtual bool PyCallable_Check(PyObject* object) = 0;
-  /// Calls with a tuple and a dictionary or null. A null tuple throws "Arguments required to invoke
-  /// Python callable." before anything else is looked at.
+  /// `callable(*args, **kwargs)` with a tuple and a dictionary or null. A null tuple throws
+  /// "Arguments required to invoke Python callable." before anything else is looked at.
   virtual PyObject* PyObject_Call(PyObject* callable, PyObject* args, PyObject* kwargs) = 0;
+  /// `isinstance(object, type)`.
   virtual bool PyType_Check(PyObject* object) = 0;
 
+  /// Whether the object supports the sequence protocol (a `dict` does not).
   virtual bool PySequence_Check(PyObject* object) = 0;
+  /// `isinstance(object, list)`.
   virtual bool PyList_Check(PyObject* object) = 0;
+  /// `isinstance(object, tuple)`.
   virtual bool PyTuple_Check(PyObject* object) = 0;
-  /// Throws "PySequence_Length failed." when the object has no length.
+  /// `len(object)`; "PySequence_Length failed." when it has none.
   virtual std::int64_t PySequence_Length(PyObject* object) = 0;
+  /// `object[index]`.
   virtual PyObject* PySequence_GetItem(PyObject* object, std::int64_t index) = 0;
+  /// `list(object)`.
   virtual PyObject* PySequence_List(PyObject* object) = 0;
+  /// A tuple of empty slots, for `setTupleItem`.
   virtual PyObject* PyTuple_New(std::int64_t size) = 0;
   /// Stores `item` in a new tuple, which gets a reference of its own. The reference is added before
   /// `tuple` is checked, so a null tuple leaves it behind.
   virtual int setTupleItem(PyObject* tuple, std::int64_t index, PyObject* item) = 0;
 
+  /// Whether the object supports the mapping protocol.
   virtual bool PyMapping_Check(PyObject* object) = 0;
+  /// `isinstance(object, dict)`.
   virtual bool PyDict_Check(PyObject* object) = 0;
+  /// `{}`.
   virtual PyObject* PyDict_New() = 0;
 
   /// Identity with `builtins.None`, which is looked up on every call, before the argument is
@@ -120,8 +150,11 @@ class PELION_CORE_EXPORT IPythonAPI {
   virtual bool isNone(PyObject* object) = 0;
   /// `builtins.None`.
   virtual PyObject* getNone() = 0;
+  /// `isinstance(object, bool)`.
   virtual bool PyBool_Check(PyObject* object) = 0;
+  /// `True` or `False`.
   virtual PyObject* PyBool_FromLong(bool value) = 0;
+  /// `bool(object)`.
   virtual bool PyObject_IsTrue(PyObject* object) = 0;
 
   /// Always false: version 3 has no separate plain integer.
@@ -130,22 +163,35 @@ class PELION_CORE_EXPORT IPythonAPI {
   virtual PyObject* intFromLong(HostLong value) = 0;
   /// The low 32 bits of the value, without a range check; -1 with an error pending on failure.
   virtual HostLong intAsLong(PyObject* object) = 0;
+  /// `isinstance(object, int)`, true of a `bool`.
   virtual bool PyLong_Check(PyObject* object) = 0;
+  /// An `int` from 64 bits, without a sign.
   virtual PyObject* PyLong_FromUnsignedLongLong(std::uint64_t value) = 0;
+  /// An `int` from 64 bits, with its sign.
   virtual PyObject* PyLong_FromLongLong(std::int64_t value) = 0;
-  /// -1 with an error pending on failure; so the other numeric readers below (all bits set, -1.0).
+  /// The value in 64 bits with its sign; -1 with an error pending on failure, as the other numeric
+  /// readers below have it (all bits set, -1.0).
   virtual std::int64_t PyLong_AsLongLong(PyObject* object) = 0;
+  /// The value in 64 bits without a sign.
   virtual std::uint64_t PyLong_AsUnsignedLongLong(PyObject* object) = 0;
+  /// `isinstance(object, float)`.
   virtual bool PyFloat_Check(PyObject* object) = 0;
+  /// A `float`.
   virtual PyObject* PyFloat_FromDouble(double value) = 0;
+  /// `float(object)`, of what has `__float__`.
   virtual double PyFloat_AsDouble(PyObject* object) = 0;
+  /// `isinstance(object, complex)`.
   virtual bool PyComplex_Check(PyObject* object) = 0;
+  /// A `complex`.
   virtual PyObject* PyComplex_FromDoubles(double real, double imaginary) = 0;
+  /// The real part, of what `float` takes too.
   virtual double PyComplex_RealAsDouble(PyObject* object) = 0;
+  /// The imaginary part; 0 of what is no `complex`.
   virtual double PyComplex_ImagAsDouble(PyObject* object) = 0;
 
   /// The same test as `PyUnicode_Check`.
   virtual bool isString(PyObject* object) = 0;
+  /// A `str` from `size` bytes of UTF-8.
   virtual PyObject* PyUnicode_FromStringAndSize(const char* utf8, std::uint64_t size) = 0;
   /// The UTF-8 of a `str` or the bytes of a `bytes`, owned by the object; null, with the error
   /// pending, for anything else and for a `str` that UTF-8 cannot hold.
@@ -154,8 +200,9 @@ class PELION_CORE_EXPORT IPythonAPI {
   virtual int bytesToString(PyObject* object, std::string& out) = 0;
   /// As `bytesToString`, read as UTF-8.
   virtual int bytesToUString(PyObject* object, std::u16string& out) = 0;
+  /// `isinstance(object, str)`.
   virtual bool PyUnicode_Check(PyObject* object) = 0;
-  /// Strict; a leading byte-order mark is taken as such.
+  /// A `str` from UTF-16 in host order, strictly; a leading byte-order mark is taken as such.
   virtual PyObject* PyUnicode_DecodeUTF16(const std::u16string& utf16) = 0;
   /// Copies the text of a `str` and returns 0, or returns -1 with the error pending.
   virtual int unicodeToUString(PyObject* object, std::u16string& out) = 0;
