@@ -6,7 +6,8 @@ A ```cpp block with a `main` is a whole program; any other is the body of a func
 loaded interpreter, with the library's namespaces at hand; on the page of the front door, in a session
 `python`. A line that prints and ends in a comment,
 `std::cout << 1 + 1 << '\\n';  // 2`, promises what it prints. ```sh is a script for an empty folder,
-```cmake a project around the program that stands before it and is named by its first line.
+```cmake a project around the program that stands before it and is named by its first line; ```text is
+what the program before it prints.
 
 Writes the tests of C++ into blocks_test.cpp and a folder for each script and project, and prints a
 line `kind;name` for each of the latter.
@@ -43,9 +44,13 @@ def blocks(page):
         yield lines[begin][3:], begin + 2, "\n".join(lines[begin + 1:end]) + "\n"
 
 
+def promised_by(text):
+    return "".join(found + "\n" for found in PROMISE.findall(text))
+
+
 def as_test(name, page, line, text):
     body = '#line %d "%s"\n%s' % (line, page, INCLUDE.sub("\n", text))
-    promised = "".join(found + "\n" for found in PROMISE.findall(text))
+    promised = promised_by(text)
     if "int main()" not in text:
         fixture = "_F(Front" if name.startswith("host_") else "_F(Fragment"
         return TEST % {"kind": fixture, "name": name, "body": body, "promised": promised}
@@ -73,6 +78,10 @@ def main():
             if language == "cpp":
                 tests += as_test(name, page, line, text)
                 program = text
+                continue
+            if language == "text":
+                if text != promised_by(program):
+                    sys.exit("%s:%d: the program above prints something else" % (page, line))
                 continue
             print("%s;%s" % (language, name))
             if language == "sh":

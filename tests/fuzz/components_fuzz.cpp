@@ -1,6 +1,5 @@
-// Dates and durations decomposed and made again, over NumPy arrays of random unit, order, shape
-// and strides and over Python's own objects, against the calendar and the units in Python's
-// integers.
+// Dates and durations decomposed and made again, over NumPy arrays of random unit, order, shape and
+// strides and over Python's own objects, against NumPy's calendar and the units in Python's integers.
 
 #include "host.h"
 
@@ -40,20 +39,12 @@ def as_objects(array): return numpy.asarray(array).astype('O')
 def present(array): return flat(array)[~numpy.isnat(flat(array))]
 def first_is_none(array): return array.item(0) is None
 
-def civil(days):  # of the proleptic Gregorian calendar; years begin in March here
-  days += 719468
-  era, day = divmod(days, 146097)
-  year = (day - day // 1460 + day // 36524 - day // 146096) // 365
-  day -= 365 * year + year // 4 - year // 100
-  month = (5 * day + 2) // 153
-  return year + era * 400 + (month >= 10), (month + 2) % 12 + 1, day - (153 * month + 2) // 5 + 1
-def date(value, unit):
-  if unit in 'YM':
-    months = value if unit == 'M' else value * 12
-    return 1970 + months // 12, months % 12 + 1, 1, 0, 0, 0, 0
-  days, rest = divmod(value * scale[unit], day)
-  second, rest = divmod(rest, 10**9)
-  return civil(days) + (second // 3600, second // 60 % 60, second % 60, rest / 1e6)
+def date(value, unit):  # by NumPy's calendar
+  moment = numpy.datetime64(value, unit)
+  year, month, date = (moment.astype('M8[%s]' % each) for each in 'YMD')
+  days = (year.astype('i8') + 1970, (month - year).astype('i8') + 1, (date - month).astype('i8') + 1)
+  second, rest = divmod(0 if unit in ('Y', 'M') else value * scale[unit] % day, 10**9)
+  return tuple(map(int, days)) + (second // 3600, second // 60 % 60, second % 60, rest / 1e6)
 def duration(value, unit):
   field = {'h': 0, 'm': 1, 's': 2, 'ms': 3}.get(unit, 4)
   result = [0] * 5
