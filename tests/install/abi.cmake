@@ -48,7 +48,6 @@ set_tests_properties(install.abi.DlopenNote PROPERTIES  # every version, the bes
 
 # Types are compared on an unoptimised library: what the optimiser at link time leaves of the debug
 # information is not enough.
-find_package(Boost 1.71 REQUIRED)
 get_target_property(sources pelion_core SOURCES)
 add_library(pelion_core_described SHARED ${sources})
 pelion_compile(pelion_core_described)
