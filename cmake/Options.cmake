@@ -11,11 +11,18 @@ set(PELION_CORE_SANITIZE "" CACHE STRING "Sanitizers for every target, as -fsani
 function(pelion_compile target)
   target_compile_features(${target} PUBLIC cxx_std_17)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
-  target_compile_options(${target} PRIVATE
-    -Wall -Wextra -Wpedantic -Wconversion -Wshadow
-    # A product and a sum must round as they are written, on every machine.
-    -ffp-contract=off
-    $<$<BOOL:${PELION_CORE_WERROR}>:-Werror>)
+  # A product and a sum must round as they are written, on every machine.
+  if(MSVC)
+    target_compile_options(${target} PRIVATE
+      /W4 /permissive- /utf-8 /Zc:__cplusplus /EHsc /fp:precise
+      $<$<BOOL:${PELION_CORE_WERROR}>:/WX>)
+    # Boost is used by its headers alone, which would name libraries to the linker.
+    target_compile_definitions(${target} PRIVATE BOOST_ALL_NO_LIB)
+  else()
+    target_compile_options(${target} PRIVATE
+      -Wall -Wextra -Wpedantic -Wconversion -Wshadow -ffp-contract=off
+      $<$<BOOL:${PELION_CORE_WERROR}>:-Werror>)
+  endif()
   if(PELION_CORE_FUZZ)
     target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
   endif()
@@ -24,6 +31,22 @@ function(pelion_compile target)
     target_compile_options(${target} PRIVATE ${flags})
     target_link_options(${target} PRIVATE ${flags})
   endif()
+endfunction()
+
+# pelion_keep_ours(variable): takes the sources for other systems out of a list, by the ends of their
+# names.
+function(pelion_keep_ours variable)
+  set(others _win32 _posix _elf _macos)
+  if(WIN32)
+    list(REMOVE_ITEM others _win32)
+  elseif(APPLE)
+    list(REMOVE_ITEM others _posix _macos)
+  else()
+    list(REMOVE_ITEM others _posix _elf)
+  endif()
+  list(JOIN others "|" others)
+  list(FILTER ${variable} EXCLUDE REGEX "(${others})\\.cpp$")
+  set(${variable} ${${variable}} PARENT_SCOPE)
 endfunction()
 
 # pelion_find_headers(package version): a library of headers alone, as package::package. A cross build

@@ -2,6 +2,7 @@
 
 #include "loader/instance.h"
 #include "pelion_core/api/handle.h"
+#include "platform/inline.h"
 #include "python_api/py_api_impl.h"
 
 namespace pelion_core::detail {
@@ -12,7 +13,7 @@ using python::pyArray;
 [[noreturn]] void failWithoutAPI();
 
 /// Takes the interpreter lock and returns what the calls go through.
-[[gnu::always_inline]] inline PyAPIImpl* enter() {
+PELION_CORE_ALWAYS_INLINE PyAPIImpl* enter() {
   if (currentAPI == nullptr) failWithoutAPI();
   currentAPI->acquireLock();
   return currentAPI;
@@ -23,8 +24,8 @@ using python::pyArray;
 /// exported function costs.
 class Frame {
  public:
-  [[gnu::always_inline]] Frame() : api_(enter()) {}
-  [[gnu::always_inline]] ~Frame() { api_->releaseLock(); }
+  PELION_CORE_ALWAYS_INLINE Frame() : api_(enter()) {}
+  PELION_CORE_ALWAYS_INLINE ~Frame() { api_->releaseLock(); }
   Frame(const Frame&) = delete;
   Frame& operator=(const Frame&) = delete;
 

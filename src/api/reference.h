@@ -150,14 +150,14 @@ decltype(auto) inside(const Argument& argument) {
 
 /// A plain result.
 template <auto operation, class... Args>
-[[gnu::always_inline]] inline auto perform(const Args&... args) {
+PELION_CORE_ALWAYS_INLINE auto perform(const Args&... args) {
   const Frame api;
   return ((*api).*operation)(inside(args)...);
 }
 
 /// A new object for the host.
 template <auto operation, class... Args>
-[[gnu::always_inline]] inline PyHandle make(const Args&... args) {
+PELION_CORE_ALWAYS_INLINE PyHandle make(const Args&... args) {
   const Frame api;
   return handleOf(((*api).*operation)(inside(args)...));
 }

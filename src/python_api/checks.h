@@ -5,9 +5,13 @@
 #include "pelion_core/loader/c_api/py_object.h"
 
 // Hosts catch its overflow classes by their own types, which they must then share with the library.
+#if !defined(_MSC_VER)
 #pragma GCC visibility push(default)
+#endif
 #include <boost/numeric/conversion/cast.hpp>
+#if !defined(_MSC_VER)
 #pragma GCC visibility pop
+#endif
 
 /// The questions by which the C API's error conventions become exceptions.
 namespace pelion_core::detail {

@@ -18,6 +18,8 @@
 /// once an input is accepted, a Python error in its decomposition throws as anywhere, so does
 /// NumPy's refusal of units below the nanosecond.
 
+PELION_CORE_CLASSES_BEGIN
+
 namespace pelion_core::api::primitive {
 
 /// One `datetime64`, as a scalar or a zero-dimensional array, or a zero-dimensional object array
@@ -150,3 +152,5 @@ class PELION_CORE_EXPORT DatetimeListComponent {
 };
 
 }  // namespace pelion_core::api::primitive
+
+PELION_CORE_CLASSES_END

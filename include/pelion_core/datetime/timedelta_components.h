@@ -17,6 +17,8 @@
 /// hours, its seconds within the day as seconds, and its microseconds as `millisecond`; its hours
 /// are a 32-bit product, which wraps beyond 89,478,485 days. The host adds the fields up.
 
+PELION_CORE_CLASSES_BEGIN
+
 namespace pelion_core::api::primitive {
 
 /// One `timedelta64`, as a scalar or a zero-dimensional array, or an object array with one
@@ -133,3 +135,5 @@ class PELION_CORE_EXPORT TimedeltaListComponent {
 };
 
 }  // namespace pelion_core::api::primitive
+
+PELION_CORE_CLASSES_END

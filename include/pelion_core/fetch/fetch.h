@@ -6,6 +6,8 @@
 #include "pelion_core/platform/export.h"
 #include "pelion_core/platform/foundation_exception.h"
 
+PELION_CORE_CLASSES_BEGIN
+
 /// Host-style dotted names ("py.os.path.join") to Python objects.
 namespace pelion_core::fetch {
 
@@ -57,3 +59,5 @@ struct PELION_CORE_EXPORT DefaultPyModule {
 PELION_CORE_EXPORT PyHandle fetch(const std::u16string& name);
 
 }  // namespace pelion_core::fetch
+
+PELION_CORE_CLASSES_END

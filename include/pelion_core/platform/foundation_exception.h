@@ -7,6 +7,8 @@
 
 #include "pelion_core/platform/export.h"
 
+PELION_CORE_CLASSES_BEGIN
+
 /// The exception layers on which every exception of the library stands. A host can catch any of
 /// them, or `boost::exception`, or `std::exception`.
 namespace foundation {
@@ -58,7 +60,7 @@ class PELION_CORE_EXPORT IInternalException : public IException {
 /// the standard exception until a derived class overrides `what`. Abstract: `clone` and `rethrow`
 /// belong to the class that is thrown.
 template <class Interface, class Std>
-class PELION_CORE_EXPORT Exception : public Interface, public Std {
+class PELION_CORE_EXPORT_TEMPLATE Exception : public Interface, public Std {
  public:
   Exception() = default;
   Exception(const Exception& other) = default;
@@ -75,6 +77,8 @@ class PELION_CORE_EXPORT Exception : public Interface, public Std {
 };
 
 }  // namespace foundation
+
+PELION_CORE_CLASSES_END
 
 namespace pelion_core {
 namespace foundation = ::foundation;

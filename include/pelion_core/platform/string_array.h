@@ -44,8 +44,9 @@ class StringArrayVariant {
 
 /// @cond
 // GCC exports members of a template for Windows one by one, and takes no definitions of imported
-// ones: there the linker alone finds them.
-#if defined(_WIN32) && !defined(PELION_CORE_BUILDING)
+// ones: there the linker alone finds them. Microsoft's compiler exports the instance that the
+// library defines.
+#if defined(_MSC_VER) || (defined(_WIN32) && !defined(PELION_CORE_BUILDING))
 #define PELION_CORE_MEMBER
 #else
 #define PELION_CORE_MEMBER PELION_CORE_EXPORT

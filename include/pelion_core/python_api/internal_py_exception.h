@@ -5,6 +5,8 @@
 #include "pelion_core/platform/export.h"
 #include "pelion_core/platform/foundation_exception.h"
 
+PELION_CORE_CLASSES_BEGIN
+
 namespace pelion_core {
 
 /// The one exception that the library throws for every failure of its own. It carries a fixed
@@ -34,3 +36,5 @@ class PELION_CORE_EXPORT InternalPyException
 };
 
 }  // namespace pelion_core
+
+PELION_CORE_CLASSES_END
