@@ -24,6 +24,18 @@ def frame_out(x):
     return [numpy.array(x.get("c%d" % i)) for i in range(10)]
 
 
+def texts_in(x):
+    return pandas.DataFrame(
+        {"c%d" % i: numpy.array(x.split("\n"), object) for i in range(10)}, copy=False)
+
+
+def texts_out(x):
+    return ["\n".join(x.get("c%d" % i)) for i in range(10)]
+
+
+words_in, words_out = texts_in, texts_out
+
+
 def timedelta64_create(x):
     return numpy.rint(x * 1000).astype("int64").astype("m8[us]")
 

@@ -82,6 +82,7 @@ void values(Contender& contender) {
     keep(value);
   });
   on(contender, "read_text", [](pyArray* x) { keep(object::pyGetChars(x)); });
+  on(contender, "copy_text", [](pyArray* x) { keep(std::string(object::pyGetChars(x))); });
   on(contender, "read_wide_text", [](pyArray* x) { keep(object::get_ustring(x)); });
 }
 
@@ -132,6 +133,17 @@ void members(Contender& contender) {
       keep(object::pyInvoke(callable.get(), args, kwargs));
     };
   });
+  on(contender, "call_values", [](pyArray* x) {
+    const PyArguments args{primitive::pyCreateFloat(3), primitive::pyCreateFloat(4)};
+    keep(primitive::pyFloatGetData(object::pyInvoke(x, args, PyKeywords{}).get()));
+  });
+  on(contender, "call_keyword_values", [](pyArray* x) {
+    const PyArguments args{primitive::pyCreateString("ff")};
+    const PyKeywords kwargs{{primitive::pyCreateString("base"), primitive::pyCreateLong(16)}};
+    std::int64_t value = 0;
+    primitive::pyLongGetData(object::pyInvoke(x, args, kwargs).get(), &value);
+    keep(value);
+  });
   contender.row("call_keyword", [](const Task& task) {
     const Parts x = parts(task);
     return [callable = x[0], args = PyArguments{x[1]}, kwargs = PyKeywords{{x[2], x[3]}}] {
@@ -166,6 +178,15 @@ void blocks(Contender& contender) {
     void* data = nullptr;
     primitive::pyNumericArrayGetData(x, &byteCount, &itemSize, &code, &data);
     keep(data);
+  });
+  on(contender, "block_copy", [](pyArray* x) {
+    std::uint64_t byteCount = 0;
+    HostLong itemSize = 0;
+    char code = 0;
+    void* data = nullptr;
+    primitive::pyNumericArrayGetData(x, &byteCount, &itemSize, &code, &data);
+    const auto* const first = static_cast<const double*>(data);
+    keep(std::vector<double>(first, first + byteCount / sizeof(double)));
   });
   contender.row("frame_in", [](const Task& task) {
     return [values = std::vector<double>(task.size, bench::aReal)]() mutable {

@@ -9,12 +9,15 @@ AIMED_AT = 100_000
 
 
 class Aim(NamedTuple):
-    """Ours takes at most `limit` times what `contender` takes for this row (or for `row`). Of a
+    """It takes at most `limit` times what `contender` takes for this row (or for `row`). Of a
     column, the aim is for AIMED_AT elements and more, where the cost of a call no longer counts."""
     limit: float
     contender: str
     reference: str
     row: Optional[str] = None
+
+
+FLAT = Aim(1.1, "ours", "the flat functions")
 
 
 class Row(NamedTuple):
@@ -23,6 +26,7 @@ class Row(NamedTuple):
     subject: str = ""
     size: Optional[int] = 1  # None: every size that is asked for
     aim: Optional[Aim] = None
+    front: Optional[Aim] = FLAT  # the same for the front door
 
 
 def column(name, title, subject="", aim=None):
@@ -31,6 +35,14 @@ def column(name, title, subject="", aim=None):
 
 UTC = "datetime.datetime(2024, 2, 29, tzinfo=datetime.timezone.utc)"
 OTHER = "datetime.datetime(2024, 2, 29, tzinfo=datetime.timezone(datetime.timedelta(hours=1)))"
+
+TEXTS = "texts = ['text %d' % i for i in range(n)]; "
+WORDS = "texts = ['word %d' % (i * i % 20) for i in range(n)]; "
+FRAME = "import pandas; x = pandas.DataFrame({'c%d' % i: texts for i in range(10)})"
+
+# Of what is there already: arrays of numbers, one long text for each column of texts.
+PANDAS = Aim(1.5, "numpy", "pandas, of NumPy arrays")
+SPLIT = Aim(1.5, "numpy", "split or joined in Python")
 
 START = Row("start", "a process that gets Python ready and ends")
 
@@ -50,6 +62,7 @@ GROUPS = {
         Row("read_real", "float", "x = 1234.5"),
         Row("read_complex", "complex", "x = 1234.5 + 2j"),
         Row("read_text", "str, its UTF-8 in place", "x = 'twenty characters ok'"),
+        Row("copy_text", "str, a copy as UTF-8", "x = 'twenty characters ok'"),
         Row("read_wide_text", "str, a copy as UTF-16", "x = 'twenty characters ok'"),
     ],
     "Containers": [
@@ -69,7 +82,9 @@ GROUPS = {
         Row("import_member", "import math, and its hypot"),
         Row("call_0", "float()", "x = (float,)"),
         Row("call_2", "math.hypot(3.0, 4.0)", "import math; x = (math.hypot, 3.0, 4.0)"),
+        Row("call_values", "math.hypot(3.0, 4.0), of values and read", "from math import hypot as x"),
         Row("call_keyword", "int('ff', base=16)", "x = (int, 'ff', 'base', 16)"),
+        Row("call_keyword_values", "int('ff', base=16), of values and read", "x = int"),
         Row("text_of", "str(1234.5)", "x = 1234.5"),
     ],
     "Type tests": [
@@ -93,11 +108,22 @@ GROUPS = {
             "import numpy; x = numpy.full(n, 1234.5)", 1_000_000),
         Row("block_out", "8 MB of double seen in place",
             "import array; x = array.array('d', [1]) * n", 1_000_000),
+        Row("block_copy", "8 MB of double copied out",
+            "import array; x = array.array('d', [1]) * n", 1_000_000),
         Row("frame_in", "10 columns of double into a pandas frame",
-            "import numpy, pandas; x = [numpy.full(n, 1234.5)] * 10", 100_000),
+            "import numpy, pandas; x = [numpy.full(n, 1234.5)] * 10", 100_000, front=PANDAS),
         Row("frame_out", "10 columns of double out of a pandas frame",
             "import numpy, pandas; "
-            "x = pandas.DataFrame({'c%d' % i: numpy.full(n, 1234.5) for i in range(10)})", 100_000),
+            "x = pandas.DataFrame({'c%d' % i: numpy.full(n, 1234.5) for i in range(10)})", 100_000,
+            front=PANDAS),
+        Row("texts_in", "10 columns of texts, all different, into a frame",
+            TEXTS + "x = '\\n'.join(texts)", 100_000, front=SPLIT),
+        Row("texts_out", "10 columns of texts, all different, out of a frame",
+            TEXTS + FRAME, 100_000, front=SPLIT),
+        Row("words_in", "10 columns of texts, twenty different, into a frame",
+            WORDS + "x = '\\n'.join(texts)", 100_000, front=SPLIT),
+        Row("words_out", "10 columns of texts, twenty different, out of a frame",
+            WORDS + FRAME, 100_000, front=SPLIT),
     ],
     "Columns of dates and durations": [
         column("timedelta64_create", "pyCreateTimedelta64", "x = numpy.full(n, 1234.5)",
