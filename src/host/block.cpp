@@ -1,5 +1,7 @@
 #include "pelion_core/host/block.h"
 
+#include "pelion_core/api/numeric_array.h"
+
 namespace pelion_core::host::detail {
 namespace {
 
@@ -11,38 +13,32 @@ char* addressOf(const void* data, std::size_t size) {
 
 }  // namespace
 
-Storage readBlock(const PyHandle& object, char code) {
-  const PyHandle storage =
-      callHelper(Helper::block, {object, api::primitive::pyCreateString(std::string(1, code))});
-  const auto part = [&](std::uint64_t index) {
-    return api::sequence::pyGetItem(storage.get(), index);
-  };
+Storage readBlock(PyObject* object, char code) {
+  return storageOf(callHelper(Helper::block, {object, toPython(std::string_view(&code, 1))}));
+}
+
+Storage storageOf(PyObject* block) {
+  std::vector<Owned> parts = readItems(block);
+  std::vector<std::size_t> shape;
+  eachFromPython<std::size_t>(parts[3], [&](std::size_t extent) { shape.push_back(extent); });
   // An address that Python tells as an integer. NOLINTNEXTLINE(performance-no-int-to-ptr)
-  const void* const data = reinterpret_cast<const void*>(fromPython<std::uintptr_t>(part(1)));
-  const PyHandle shape = part(3);
-  std::vector<std::size_t> extents(api::sequence::pySequenceLength(shape.get()));
-  for (std::size_t i = 0; i < extents.size(); ++i) {
-    extents[i] = fromPython<std::size_t>(api::sequence::pyGetItem(shape.get(), i));
-  }
-  return {part(0), data, fromPython<std::size_t>(part(2)), std::move(extents)};
+  const void* const data = reinterpret_cast<const void*>(fromPython<std::uintptr_t>(parts[1]));
+  return {std::move(parts[0]), data, fromPython<std::size_t>(parts[2]), std::move(shape)};
 }
 
-PyHandle makeArray(const void* data, std::size_t byteCount, char code) {
-  return api::primitive::pyCreateNumericArray(byteCount, code, addressOf(data, byteCount));
+Owned makeArray(const void* data, std::size_t byteCount, char code) {
+  return share(pelion_core::api::primitive::pyCreateNumericArray(byteCount, code,
+                                                                 addressOf(data, byteCount)));
 }
 
-PyHandle makeView(const void* data, std::size_t byteCount) {
-  const api::APIAccessor api;
-  PyObject* const view = api->PyMemoryView_FromMemory(byteCount, addressOf(data, byteCount));
-  return PyHandle(toPyArray(view), api::PyArrayReleaser());
+Owned makeView(const void* data, std::size_t byteCount) {
+  return Owned(api->PyMemoryView_FromMemory(byteCount, addressOf(data, byteCount)));
 }
 
-PyHandle makeNdarray(const void* data, std::size_t count, std::size_t itemSize, const char* type,
-                     const std::vector<std::size_t>& shape) {
-  PyArguments extents;
-  for (const std::size_t extent : shape) extents.push_back(toPython(extent));
-  const PyHandle view = makeView(data, count * itemSize);
-  return callHelper(Helper::ndarray, {view, toPython(type), api::sequence::pyTupleCreate(extents)});
+Owned makeNdarray(const void* data, std::size_t count, std::size_t itemSize, const char* type,
+                  const std::vector<std::size_t>& shape) {
+  const Owned view = makeView(data, count * itemSize);
+  return callHelper(Helper::ndarray, {view, toPython(type), makeTuple(eachToPython(shape))});
 }
 
 }  // namespace pelion_core::host::detail

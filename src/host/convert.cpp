@@ -3,20 +3,11 @@
 #include <boost/locale/encoding_utf.hpp>
 #include <cstring>
 
-#include "pelion_core/api/exception.h"
-#include "pelion_core/api/module.h"
-
 namespace pelion_core::host::detail {
 namespace {
 
-namespace primitive = api::primitive;
-
 // The readers give this for a failure too.
 constexpr int perhapsFailed = -1;
-
-PyHandle integerOf(const PyHandle& object) {
-  return primitive::pyIsLong(object.get()) ? object : callHelper(Helper::index, {object});
-}
 
 std::size_t characters(const char* utf8, std::size_t size) {
   std::size_t count = 0;
@@ -24,9 +15,14 @@ std::size_t characters(const char* utf8, std::size_t size) {
   return count;
 }
 
+void requireText(PyObject* object) {
+  if (api->PyUnicode_Check(object)) return;
+  throw Error("TypeError", readUtf8(callHelper(Helper::represent, {object})) + " is not a str");
+}
+
 }  // namespace
 
-void doesNotFit(const PyHandle& value, const std::string& type) {
+void doesNotFit(PyObject* value, const std::string& type) {
   throw Error("OverflowError",
               readUtf8(callHelper(Helper::represent, {value})) + " does not fit " + type);
 }
@@ -36,103 +32,73 @@ void wrongLength(std::size_t found, std::size_t wanted) {
               std::to_string(found) + " items where " + std::to_string(wanted) + " are wanted");
 }
 
-std::int64_t readSigned(const PyHandle& object) {
-  const PyHandle integer = integerOf(object);
-  std::int64_t value = 0;
-  primitive::pyLongGetData(integer.get(), &value);
+std::int64_t readSigned(PyObject* object) {
+  if (!api->PyLong_Check(object)) return readSigned(callHelper(Helper::index, {object}));
+  const std::int64_t value = api->PyLong_AsLongLong(object);
   if (value == perhapsFailed) throwPending();
   return value;
 }
 
-std::uint64_t readUnsigned(const PyHandle& object) {
-  const PyHandle integer = integerOf(object);
-  std::uint64_t value = 0;
-  primitive::pyLongGetDataU(integer.get(), &value);
+std::uint64_t readUnsigned(PyObject* object) {
+  if (!api->PyLong_Check(object)) return readUnsigned(callHelper(Helper::index, {object}));
+  const std::uint64_t value = api->PyLong_AsUnsignedLongLong(object);
   if (value == static_cast<std::uint64_t>(perhapsFailed)) throwPending();
   return value;
 }
 
-double readDouble(const PyHandle& object) {
-  const double value = primitive::pyFloatGetData(object.get());
+double readDouble(PyObject* object) {
+  const double value = api->PyFloat_AsDouble(object);
   if (value == perhapsFailed) throwPending();
   return value;
 }
 
-std::complex<double> readComplex(const PyHandle& object) {
-  double real = 0;
-  double imaginary = 0;
-  primitive::pyComplexGetData(object.get(), &real, &imaginary);
-  if (real == perhapsFailed || imaginary == perhapsFailed) throwPending();
-  return {real, imaginary};
+std::complex<double> readComplex(PyObject* object) {
+  const std::complex<double> value(api->PyComplex_RealAsDouble(object),
+                                   api->PyComplex_ImagAsDouble(object));
+  if (value.real() == perhapsFailed || value.imag() == perhapsFailed) throwPending();
+  return value;
 }
 
-bool readBool(const PyHandle& object) {
-  const bool isBool = primitive::pyIsBool(object.get());
-  return primitive::pyBoolGetData((isBool ? object : callHelper(Helper::truth, {object})).get());
+bool readBool(PyObject* object) {
+  if (!api->PyBool_Check(object)) return readBool(callHelper(Helper::truth, {object}));
+  return api->PyObject_IsTrue(object);
 }
 
-std::string readUtf8(const PyHandle& object) {
-  if (!primitive::pyIsString(object.get())) {
-    throw Error("TypeError", readUtf8(callHelper(Helper::represent, {object})) + " is not a str");
-  }
-  const char* const utf8 = primitive::pyStringGetData(object.get());
+std::string readUtf8(PyObject* object) {
+  requireText(object);
+  const char* const utf8 = api->getChars(object);
   if (utf8 == nullptr) throwPending();
   // Characters that are zeros end what is shown here, and then it is too short.
   const std::size_t size = std::strlen(utf8);
-  if (characters(utf8, size) == api::sequence::pySequenceLength(object.get())) {
-    return std::string(utf8, size);
-  }
-  return boost::locale::conv::utf_to_utf<char>(api::object::get_ustring(object.get()));
+  const auto length = static_cast<std::size_t>(api->PySequence_Length(object));
+  if (characters(utf8, size) == length) return std::string(utf8, size);
+  return boost::locale::conv::utf_to_utf<char>(readUtf16(object));
 }
 
-std::u16string readUtf16(const PyHandle& object) {
-  if (!primitive::pyIsString(object.get())) readUtf8(object);  // throws
-  return api::object::get_ustring(object.get());
+std::u16string readUtf16(PyObject* object) {
+  requireText(object);
+  std::u16string text;
+  if (api->unicodeToUString(object, text) == perhapsFailed) throwPending();
+  return text;
 }
 
 // A mark in front keeps Python from taking one of the text as such.
-PyHandle makeUtf16(std::u16string_view text) {
+Owned makeUtf16(const std::u16string& text) {
   const bool marked = !text.empty() && (text[0] == u'\xFEFF' || text[0] == u'\xFFFE');
-  return primitive::pyCreateString((marked ? u"\xFEFF" : u"") + std::u16string(text));
+  if (marked) return Owned(api->PyUnicode_DecodeUTF16(u'\xFEFF' + text));
+  return Owned(api->PyUnicode_DecodeUTF16(text));
 }
 
-std::vector<PyHandle> readItems(const PyHandle& iterable) {
-  const PyHandle list = callHelper(Helper::list, {iterable});
-  std::vector<PyHandle> items(api::sequence::pySequenceLength(list.get()));
-  for (std::size_t i = 0; i < items.size(); ++i) {
-    items[i] = api::sequence::pyGetItem(list.get(), i);
+std::vector<Owned> readItems(PyObject* iterable) {
+  if (!api->PyTuple_Check(iterable) && !api->PyList_Check(iterable)) {
+    return readItems(callHelper(Helper::list, {iterable}));
   }
+  std::vector<Owned> items(static_cast<std::size_t>(api->PySequence_Length(iterable)));
+  std::int64_t index = 0;
+  for (Owned& item : items) item = Owned(api->PySequence_GetItem(iterable, index++));
   return items;
 }
 
-std::vector<PyHandle> readPairs(const PyHandle& mapping) {
-  return readItems(callHelper(Helper::items, {mapping}));
-}
-
-PyHandle makeList(const PyArguments& items) {
-  return callHelper(Helper::list, {api::sequence::pyTupleCreate(items)});
-}
-
-PyHandle makeSet(const PyArguments& items) {
-  return callHelper(Helper::set, {api::sequence::pyTupleCreate(items)});
-}
-
-bool isNone(const PyHandle& object) { return api::object::pyIsNone(object.get()); }
-
-PyHandle makeDuration(std::int64_t microseconds) {
-  return callHelper(Helper::makeDuration, {primitive::pyCreateLong(microseconds)});
-}
-
-std::int64_t durationOf(const PyHandle& object) {
-  return readSigned(callHelper(Helper::durationOf, {object}));
-}
-
-PyHandle makeInstant(std::int64_t microseconds) {
-  return callHelper(Helper::makeInstant, {primitive::pyCreateLong(microseconds)});
-}
-
-std::int64_t instantOf(const PyHandle& object) {
-  return readSigned(callHelper(Helper::instantOf, {object}));
-}
+bool isNone(PyObject* object) { return object == helper(Helper::none); }
 
 }  // namespace pelion_core::host::detail

@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "pelion_core/api/exception.h"
-#include "pelion_core/host/object.h"
-#include "state.h"
+#include "pelion_core/host/convert.h"
 
 namespace pelion_core::host {
 
@@ -18,13 +16,13 @@ struct Error::Data {
   Object exception;
 
   // A broken exception must still be told.
-  Data(const PyHandle& value, const PyHandle& trace) : exception(value) {
+  Data(PyObject* value, PyObject* trace) : exception(detail::share(value)) {
     try {
-      const PyHandle description = detail::callHelper(detail::Helper::describe, {value, trace});
+      const detail::Owned description = detail::callHelper(detail::Helper::describe, {value, trace});
       std::tie(type, message, traceback, classes) = detail::fromPython<
           std::tuple<std::string, std::string, std::string, std::vector<std::string>>>(description);
     } catch (const InternalPyException&) {
-      api::exception::pyErrorClear();
+      detail::api->PyErr_Clear();
       type = "Exception";
       message = "Python raised an error that it cannot describe";
       traceback = type + ": " + message + '\n';
@@ -35,10 +33,8 @@ struct Error::Data {
 
 namespace {
 
-PyHandle makeException(const std::string& type, const std::string& message) {
-  using detail::toPython;
-  const PyHandle cls = detail::callHelper(detail::Helper::find, {toPython(type)});
-  return api::object::pyInvoke(cls.get(), PyArguments{toPython(message)}, PyKeywords{});
+detail::Owned find(const std::string& name) {
+  return detail::callHelper(detail::Helper::find, {detail::toPython(name)});
 }
 
 }  // namespace
@@ -46,11 +42,11 @@ PyHandle makeException(const std::string& type, const std::string& message) {
 Error::Error(std::shared_ptr<const Data> data) : data_(std::move(data)) {}
 
 Error::Error(const std::string& type, const std::string& message)
-    : Error(detail::perform([&] { return Object(makeException(type, message)); })) {}
+    : Error(detail::perform([&] { return Object(find(type)); })(message)) {}
 
 Error::Error(const Object& raised)
     : data_(detail::perform([&] {
-        return std::make_shared<const Data>(raised.handle(), detail::toPython(nullptr));
+        return std::make_shared<const Data>(detail::borrowed(raised), detail::toPython(nullptr));
       })) {}
 
 const char* Error::what() const noexcept { return data_->what.c_str(); }
@@ -59,7 +55,7 @@ const std::string& Error::message() const { return data_->message; }
 const std::string& Error::traceback() const { return data_->traceback; }
 
 const Object& Error::object() const {
-  data_->exception.handle();  // throws after the session
+  data_->exception.get();  // throws after the session
   return data_->exception;
 }
 
@@ -69,8 +65,7 @@ bool Error::matches(const std::string& name) const {
   if (!data_->exception) return false;
   try {
     return detail::perform([&] {
-      const PyHandle cls = detail::callHelper(detail::Helper::find, {detail::toPython(name)});
-      return api::object::pyIsInstance(data_->exception.get(), cls.get());
+      return detail::api->PyObject_IsInstance(detail::borrowed(data_->exception), find(name));
     });
   } catch (const Error&) {
     return false;  // there is no such class
@@ -78,10 +73,10 @@ bool Error::matches(const std::string& name) const {
 }
 
 void detail::throwPending() {
-  if (!api::exception::pyErrorOccurred()) return;
-  const PyHandle pending = api::exception::pyErrorFetch();
-  const PyHandle value = api::sequence::pyGetItem(pending.get(), 1);
-  const PyHandle trace = api::sequence::pyGetItem(pending.get(), 2);
+  if (!api->PyErr_Occurred()) return;
+  const Owned pending(api->fetchError());
+  const Owned value(api->PySequence_GetItem(pending, 1));
+  const Owned trace(api->PySequence_GetItem(pending, 2));
   throw Error(std::make_shared<const Error::Data>(value, trace));
 }
 

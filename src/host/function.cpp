@@ -3,7 +3,6 @@
 #include <boost/locale/encoding_utf.hpp>
 #include <exception>
 
-#include "pelion_core/api/managed.h"
 #include "state.h"
 
 namespace pelion_core::host::detail {
@@ -12,17 +11,8 @@ namespace {
 /// What a call comes back with; helpers.cpp has the same order.
 enum Status : int { returned, raised, failed, elsewhere, closed };
 
-PyHandle shared(PyObject* borrowed) {
-  ::python::pyArray* const object = toPyArray(borrowed);
-  api::managed::pyAddReference(object);
-  return PyHandle(object, api::PyArrayReleaser());
-}
-
 // Hands a result or an error over, in a list.
-void put(PyObject* box, const PyHandle& value) {
-  const PyHandle append = api::object::pyGetMember(toPyArray(box), "append");
-  api::object::pyInvoke(append.get(), PyArguments{value}, PyKeywords{});
-}
+void put(PyObject* box, PyObject* value) { callHelper(Helper::append, {box, value}); }
 
 Status fail(PyObject* box, const char* message) noexcept {
   try {
@@ -53,11 +43,11 @@ extern "C" int pelion_core_host_call(std::size_t id, PyObject* arguments, PyObje
   const auto function = here.functions.find(id);
   if (function == nullptr) return closed;
   try {
-    perform([&] { put(box, (*function)(readItems(shared(arguments)))); });
+    perform([&] { put(box, (*function)(readItems(arguments))); });
     return returned;
   } catch (const Error& error) {
     try {
-      put(box, error.object().handle());
+      put(box, borrowed(error.object()));
       return raised;
     } catch (...) {
       return fail(box, error.what());

@@ -1,7 +1,4 @@
-#include "pelion_core/api/mapping.h"
-#include "pelion_core/api/object.h"
-#include "pelion_core/api/primitive.h"
-#include "pelion_core/fetch/fetch.h"
+#include "pelion_core/host/convert.h"
 #include "state.h"
 
 namespace pelion_core::host::detail {
@@ -9,20 +6,23 @@ namespace {
 
 // In the order of `Helper`.
 constexpr const char* names[] = {
-    "find",        "evaluate",     "run",        "describe", "iterate",   "next",
-    "end",         "len",          "contains",   "delitem",  "represent", "display",
-    "truth",       "index",        "items_of",   "set_of",   "pairs_of",  "make_duration",
-    "duration_of", "make_instant", "instant_of", "block",    "ndarray",   "split_texts",
-    "join_texts",  "text_array",   "texts_of",   "frame",    "columns",   "Function",
-    "connect",     "redirect"};
+    "none",       "append",     "find",          "evaluate",    "run",          "describe",
+    "iterate",    "next",       "end",           "len",         "contains",     "delitem",
+    "represent",  "display",    "truth",         "index",       "items_of",     "set",
+    "pairs_of",   "make_duration", "duration_of", "make_instant", "instant_of", "block",
+    "ndarray",    "split_texts", "join_texts",   "text_array",  "texts_of",     "frame",
+    "columns",    "Function",   "connect",       "redirect"};
 static_assert(std::size(names) == static_cast<std::size_t>(Helper::count));
 
 // Modules are imported where they are used: a start should not wait for them, and some can be
 // imported only once in a process.
 constexpr const char* source = R"(
 import builtins, importlib, sys
-from builtins import len, next
+from builtins import len, next, set
 from operator import contains, delitem, index
+
+none = None
+append = list.append
 
 HERE = '<pelion_core>'
 end = object()
@@ -110,13 +110,10 @@ def items_of(value):
         refuse(value, 'a sequence of values')
     return list(value)
 
-def set_of(items):
-    return set(items)
-
 def pairs_of(value):
     if not hasattr(value, 'items'):
         refuse(value, 'a mapping')
-    return value.items()
+    return list(value.items())
 
 def make_duration(count):
     import datetime
@@ -230,12 +227,22 @@ def split_texts(joined, separator, count, missing):
     return texts
 
 def join_texts(texts):
-    missing = [i for i, text in enumerate(texts) if text is None]
-    for i in missing:
-        texts[i] = ''
-    together = ''.join(texts)
-    separator = next(chr(i) for i in range(0x110000) if chr(i) not in together)
-    return separator.join(texts), separator, len(texts), missing
+    is_missing = getattr(sys.modules.get('pandas'), 'isna', lambda texts: texts != texts)
+    missing = []
+    texts = texts.tolist()
+    try:
+        joined = '\0'.join(texts)
+    except TypeError:
+        for i, text in enumerate(texts):
+            if not isinstance(text, str) and (text is None or is_missing(text)):
+                texts[i] = ''
+                missing.append(i)
+        joined = '\0'.join(texts)
+    separator = '\0'
+    if joined.count(separator) >= max(len(texts), 1):
+        separator = next(chr(i) for i in range(1, 0xD800) if chr(i) not in joined)
+        joined = separator.join(texts)
+    return joined, separator, len(texts), missing
 
 def text_array(texts, shape):
     import numpy
@@ -248,24 +255,19 @@ def texts_of(value):
     if isinstance(value, str):
         refuse(value, 'an array of texts')
     value = numpy.asarray(value)
-    texts = value.ravel('F').tolist()
-    is_missing = getattr(sys.modules.get('pandas'), 'isna', lambda text: text != text)
-    return [None if not isinstance(text, str) and (text is None or is_missing(text)) else text
-            for text in texts], value.shape
+    return value.ravel('F').astype(object), value.shape
 
 def frame(columns):
     import numpy, pandas
     data = {}
-    for name, kind, values, missing in columns:
+    for name, kind, values, mask in columns:
         if kind == 's':
             data[name] = numpy.array(values, object)
             continue
         values = numpy.frombuffer(values, kind).copy() if len(values) else numpy.empty(0, kind)
-        if len(missing):
-            mask = numpy.zeros(len(values), bool)
-            mask[numpy.asarray(missing)] = True
+        if len(mask):
             make = pandas.arrays.BooleanArray if kind == '?' else pandas.arrays.IntegerArray
-            values = make(values, mask)
+            values = make(values, numpy.frombuffer(mask, '?').copy())
         data[name] = values
     return pandas.DataFrame(data, copy=False)
 
@@ -279,38 +281,34 @@ def columns(frame):
         frame = frame.reset_index()
     return [column(str(label), frame.iloc[:, i]) for i, label in enumerate(frame.columns)]
 
+# What NumPy calls a kind: the column's, what it is read as, what stands for a missing value.
+KINDS = {'b': ('?', 'B', 0), 'i': ('q', 'q', 0), 'u': ('q', 'q', 0), 'f': ('d', 'd', float('nan'))}
+
 def column(name, series):
     import numpy, pandas
-    types = pandas.api.types
     if isinstance(series.dtype, pandas.CategoricalDtype):
         series = series.astype(object)
     if series.dtype == object:
         series = inferred(name, series)
-    missing = series.isna().to_numpy()
-    missing = numpy.flatnonzero(missing) if missing.any() else ()
-    def numbers(dtype, filler):
-        if isinstance(series.dtype, numpy.dtype) or not len(missing):
-            return series.to_numpy(dtype)
-        return series.to_numpy(dtype, na_value=filler)
-    if types.is_bool_dtype(series.dtype):
-        return name, '?', numbers('bool', False), missing
-    if types.is_integer_dtype(series.dtype):
-        unsigned = types.is_unsigned_integer_dtype(series.dtype)
-        return name, 'q', numbers('uint64' if unsigned else 'int64', 0), missing
-    if types.is_float_dtype(series.dtype):
-        return name, 'd', numbers('float64', numpy.nan), missing
-    if types.is_datetime64_any_dtype(series.dtype):
-        if getattr(series.dtype, 'tz', None) is not None:
-            series = series.dt.tz_convert('UTC').dt.tz_localize(None)
-        return name, 'M', series.to_numpy('M8[us]').view('i8'), missing
-    if types.is_timedelta64_dtype(series.dtype):
-        return name, 'm', series.to_numpy('m8[us]').view('i8'), missing
-    if types.is_string_dtype(series.dtype):
-        texts = series.to_numpy(object).tolist()
-        for i in missing:
-            texts[i] = None
-        return name, 's', texts, missing
-    raise TypeError('column %r of %s cannot be read' % (name, series.dtype))
+    dtype = series.dtype
+    if dtype.kind in KINDS:
+        kind, code, filler = KINDS[dtype.kind]
+        mask = None
+        values = series
+        if not isinstance(dtype, numpy.dtype):
+            missing = series.isna().to_numpy(bool)
+            mask = block(missing, 'B') if missing.any() else None
+            exact = 'uint64' if dtype.kind == 'u' else {'?': 'bool', 'q': 'int64', 'd': 'float64'}[kind]
+            values = series.to_numpy(exact, na_value=filler) if mask else series.to_numpy(exact)
+        return name, kind, block(values, code), mask
+    if dtype.kind == 'M' and getattr(dtype, 'tz', None) is not None:
+        series = series.dt.tz_convert('UTC').dt.tz_localize(None)
+    if dtype.kind in 'Mm':
+        values = series.to_numpy(dtype.kind + '8[us]').view('i8')
+        return name, dtype.kind, block(values, 'q'), None
+    if pandas.api.types.is_string_dtype(dtype):
+        return name, 's', series.to_numpy(object), len(series)
+    raise TypeError('column %r of %s cannot be read' % (name, dtype))
 
 def inferred(name, series):
     import pandas
@@ -411,18 +409,18 @@ def redirect(receive):
 }  // namespace
 
 void defineHelpers() {
-  const auto text = [](const char* utf8) {
-    return api::primitive::pyCreateString(std::string(utf8));
+  const Owned space(api->PyDict_New());
+  api->PyObject_SetItem(space, toPython("__name__"), toPython("<pelion_core>"));
+  const Owned builtins(api->importBuiltins());
+  const auto call = [&](const char* name, std::initializer_list<PyObject*> arguments) {
+    const Owned callable(api->PyObject_GetAttrString(builtins, name));
+    return Owned(api->PyObject_Call(callable, makeTuple(arguments), nullptr));
   };
-  const auto call = [](const char16_t* name, const PyArguments& arguments) {
-    return api::object::pyInvoke(fetch::fetch(name).get(), arguments, PyKeywords{});
-  };
-  const PyHandle space = api::mapping::pyCreateDict({{text("__name__"), text("<pelion_core>")}});
-  const PyHandle code = call(u"py.compile", {text(source), text("<pelion_core>"), text("exec")});
-  call(u"py.exec", {code, space});
-  State& here = state();
-  for (std::size_t i = 0; i < here.helpers.size(); ++i) {
-    here.helpers[i] = api::mapping::pyMappingGetItem(space.get(), text(names[i]).get());
+  call("exec", {call("compile", {toPython(source), toPython("<pelion_core>"), toPython("exec")}),
+                space});
+  auto helper = state().helpers.begin();
+  for (const char* const name : names) {
+    *helper++ = Owned(api->PyObject_GetItem(space, toPython(name)));
   }
 }
 

@@ -2,80 +2,91 @@
 
 #include <stdexcept>
 
-#include "state.h"
+#include "pelion_core/host/convert.h"
 
 namespace pelion_core::host {
 
+using detail::api;
+using detail::borrowed;
 using detail::callHelper;
 using detail::Helper;
+using detail::Owned;
 using detail::perform;
 
-Object::Object(PyHandle handle) {
-  if (!handle) return;
-  reference_ = perform([&] { return detail::enlist(std::move(handle)); });
+Object::Object(const PyHandle& handle) {
+  if (handle) reference_ = perform([&] { return detail::enlist(detail::share(handle)); });
 }
 
 const PyHandle& Object::handle() const {
-  if (reference_ == nullptr) throw std::logic_error("The object is empty.");
-  if (!reference_->handle) {
-    throw std::logic_error("The object belongs to a session that is closed.");
-  }
-  return reference_->handle;
+  get();  // throws after the session
+  return perform([&]() -> const PyHandle& {
+    PyHandle& handle = reference_->handle;
+    if (!handle) {
+      handle = PyHandle(toPyArray(detail::share(reference_->object).release()),
+                        pelion_core::api::PyArrayReleaser());
+    }
+    return handle;
+  });
+}
+
+void Object::fail() const {
+  throw std::logic_error(reference_ == nullptr
+                             ? "The object is empty."
+                             : "The object belongs to a session that is closed.");
 }
 
 Object Object::attr(const std::string& name) const {
-  return perform([&] { return Object(api::object::pyGetMember(get(), name.c_str())); });
+  return perform([&] {
+    return Object(Owned(api->PyObject_GetAttrString(borrowed(*this), name.c_str())));
+  });
 }
 
 bool Object::has(const std::string& name) const {
-  return perform([&] { return api::object::pyHasMember(get(), name.c_str()); });
+  return perform([&] { return api->PyObject_HasAttrString(borrowed(*this), name.c_str()); });
 }
 
 Object Object::apply(const std::vector<Object>& arguments,
                      const std::map<std::string, Object>& keywords) const {
   return perform([&] {
-    detail::Call call{api::sequence::pyTupleCreate(detail::eachToPython(arguments)), 0, {}};
+    detail::Call call{detail::makeTuple(detail::eachToPython(arguments))};
     for (const auto& [name, value] : keywords) {
-      call.keywords.emplace_back(detail::toPython(name), value.handle());
+      call.addKeyword(detail::toPython(name), borrowed(value));
     }
-    return Object(call.invoke(get()));
+    return call.invoke(*this);
   });
 }
 
 std::size_t Object::size() const {
-  return perform(
-      [&] { return detail::fromPython<std::size_t>(callHelper(Helper::length, {handle()})); });
+  return perform([&] {
+    return detail::fromPython<std::size_t>(callHelper(Helper::length, {borrowed(*this)}));
+  });
 }
 
 bool Object::isNone() const {
-  return perform([&] { return api::object::pyIsNone(get()); });
+  return perform([&] { return detail::isNone(borrowed(*this)); });
 }
 
 std::string Object::str() const {
-  return perform([&] { return detail::readUtf8(callHelper(Helper::display, {handle()})); });
+  return perform([&] { return detail::readUtf8(callHelper(Helper::display, {borrowed(*this)})); });
 }
 
 std::string Object::repr() const {
-  return perform([&] { return detail::readUtf8(callHelper(Helper::represent, {handle()})); });
+  return perform(
+      [&] { return detail::readUtf8(callHelper(Helper::represent, {borrowed(*this)})); });
 }
 
 Object::Iterator::Iterator(const Object& object)
-    : arguments_(perform([&] { return Object(callHelper(Helper::iterate, {object.handle()})); })) {
+    : arguments_(
+          perform([&] { return Object(callHelper(Helper::iterate, {borrowed(object)})); })) {
   ++*this;
 }
 
 Object::Iterator& Object::Iterator::operator++() {
   perform([&] {
-    item_ = Object(
-        api::object::pyInvoke(detail::helper(Helper::next).get(), arguments_.get(), nullptr));
-    if (item_.get() == detail::helper(Helper::end).get()) item_ = Object();
+    Owned item(api->PyObject_Call(detail::helper(Helper::next), borrowed(arguments_), nullptr));
+    item_ = item == detail::helper(Helper::end) ? Object() : Object(std::move(item));
   });
   return *this;
-}
-
-PyHandle detail::Call::invoke(::python::pyArray* callable) const {
-  if (keywords.empty()) return api::object::pyInvoke(callable, tuple.get(), nullptr);
-  return api::object::pyInvoke(callable, tuple.get(), api::mapping::pyCreateDict(keywords).get());
 }
 
 }  // namespace pelion_core::host

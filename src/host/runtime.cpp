@@ -1,28 +1,32 @@
 #include "pelion_core/host/runtime.h"
 
+#include <chrono>
 #include <stdexcept>
 
-#include "pelion_core/api/exception.h"
-#include "pelion_core/api/object.h"
-#include "pelion_core/api/sequence.h"
 #include "state.h"
 
 namespace pelion_core::host::detail {
 namespace {
 
-void unlink(Reference* reference) {
-  reference->previous->next = reference->next;
-  reference->next->previous = reference->previous;
+// Takes the object out of the list first: what its end runs may use the layer.
+void release(Reference& reference) {
+  reference.previous->next = reference.next;
+  reference.next->previous = reference.previous;
+  const Frame frame;
+  const PyHandle handle = std::move(reference.handle);
+  reference.handle.reset();  // which the move may not have done
+  const Owned object(std::exchange(reference.object, nullptr));
 }
 
 }  // namespace
 
-// Who waits says so before a last look at the owner, and who leaves looks for waiters after it: one
-// of them sees the other.
-void Lock::wait(std::thread::id here) {
+// Who waits says so before a last look at the owner, and who leaves looks for waiters after it. For
+// each to see the other it would take a second atomic operation in every `unlock`; a waiter that
+// was missed looks again by itself instead.
+void Lock::wait() {
   std::unique_lock guard(mutex_);
   ++waiting_;
-  freed_.wait(guard, [&] { return take(here); });
+  while (!freed_.wait_for(guard, std::chrono::milliseconds(5), [&] { return take(); })) continue;
   --waiting_;
 }
 
@@ -31,7 +35,9 @@ void Lock::wake() {
   freed_.notify_one();
 }
 
-State::State() : list{{}, {1}, &list, &list} {}
+::python::IPythonAPI* api = nullptr;
+
+State::State() : list{nullptr, {}, {1}, &list, &list} {}
 
 State& state() {
   static State& instance = *new State;
@@ -43,10 +49,10 @@ Lock& lock() { return state().lock; }
 Operation::Operation() : guard_(lock()) {}
 
 Operation::OpenSession::OpenSession() {
-  if (!state().open) throw std::logic_error("There is no open session with a Python.");
+  if (api == nullptr) throw std::logic_error("There is no open session with a Python.");
 }
 
-Reference* enlist(PyHandle handle) {
+Reference* enlist(Owned object) {
   State& here = state();
   Reference* reference = here.spare;
   if (reference != nullptr) {
@@ -54,7 +60,7 @@ Reference* enlist(PyHandle handle) {
   } else {
     reference = new Reference;
   }
-  reference->handle = std::move(handle);
+  reference->object = object.release();
   reference->users.store(1, std::memory_order_relaxed);
   reference->previous = &here.list;
   reference->next = here.list.next;
@@ -66,21 +72,14 @@ Reference* enlist(PyHandle handle) {
 void retire(Reference* reference) noexcept {
   State& here = state();
   const std::lock_guard guard(here.lock);
-  const PyHandle released = std::move(reference->handle);
-  if (released) unlink(reference);
-  reference->handle.reset();
+  if (reference->object != nullptr) release(*reference);
   reference->next = here.spare;
   here.spare = reference;
 }
 
 void releaseReferences() {
   Reference& list = state().list;
-  while (list.next != &list) {
-    Reference* const reference = list.next;
-    unlink(reference);
-    const PyHandle released = std::move(reference->handle);
-    reference->handle.reset();
-  }
+  while (list.next != &list) release(*list.next);
 }
 
 void rethrow() {
@@ -88,11 +87,10 @@ void rethrow() {
   throw;
 }
 
-const PyHandle& helper(Helper name) { return state().helpers[static_cast<std::size_t>(name)]; }
+PyObject* helper(Helper name) { return state().helpers[static_cast<std::size_t>(name)]; }
 
-PyHandle callHelper(Helper name, const PyArguments& arguments) {
-  const PyHandle tuple = api::sequence::pyTupleCreate(arguments);
-  return api::object::pyInvoke(helper(name).get(), tuple.get(), nullptr);
+Owned callHelper(Helper name, std::initializer_list<PyObject*> arguments) {
+  return Owned(api->PyObject_Call(helper(name), makeTuple(arguments), nullptr));
 }
 
 }  // namespace pelion_core::host::detail

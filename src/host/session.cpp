@@ -2,9 +2,8 @@
 
 #include <boost/locale/encoding_utf.hpp>
 
-#include "pelion_core/api/exception.h"
+#include "pelion_core/api/api_accessor.h"
 #include "pelion_core/api/interpreter.h"
-#include "pelion_core/api/module.h"
 #include "pelion_core/loader/loader.h"
 #include "state.h"
 
@@ -44,10 +43,13 @@ void close(State& here) {
   detail::releaseReferences();  // what their ends run may still use the session
   here.functions.clear();
   detail::releaseReferences();  // what the functions had
-  here.helpers = {};
+  {
+    const detail::Frame frame;
+    here.helpers = {};
+  }
   here.connected = false;
-  here.open = false;
-  api::interpreter::pyClose();
+  detail::api = nullptr;
+  pelion_core::api::interpreter::pyClose();
 }
 
 }  // namespace
@@ -56,15 +58,15 @@ Session::Session(const Settings& settings) : settings_(settings) {
   check(settings);
   State& here = detail::state();
   const std::lock_guard guard(here.lock);
-  if (here.open || (loader::isPythonLoaded() && api::interpreter::pyIsOpen())) {
+  if (detail::api != nullptr ||
+      (loader::isPythonLoaded() && pelion_core::api::interpreter::pyIsOpen())) {
     throw LoadError(Reason::alreadyRunning,
                     "this process has a session with a Python already: end it before another one "
                     "is started");
   }
   load(settings);
-  api::exception::pyErrorClear();  // the first call gives the interpreter's lock to Python's
-                                   // threads
-  here.open = true;
+  // The first use of the interpreter's lock leaves it to Python's threads.
+  detail::api = pelion_core::api::APIAccessor().operator->();
   try {
     perform([] { detail::defineHelpers(); });
   } catch (...) {
@@ -89,7 +91,7 @@ Object Session::operator()(const std::string& name) const {
 }
 
 Object Session::import(const std::string& name) const {
-  return perform([&] { return Object(api::module::pyCreateModule(utf16(name))); });
+  return perform([&] { return Object(detail::Owned(detail::api->importModule(utf16(name)))); });
 }
 
 Object Session::eval(const std::string& expression) const {
@@ -102,7 +104,7 @@ void Session::run(const std::string& code) const {
 
 void Session::onOutput(std::function<void(std::string_view, bool)> receive) const {
   const Object target = receive ? function(std::move(receive)) : Object::of(nullptr);
-  perform([&] { callHelper(Helper::redirect, {target.handle()}); });
+  perform([&] { callHelper(Helper::redirect, {detail::borrowed(target)}); });
 }
 
 }  // namespace pelion_core::host

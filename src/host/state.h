@@ -34,11 +34,10 @@ class Functions {
 /// objects may outlive every other.
 struct State {
   Lock lock;
-  bool open = false;       // whether there is a session
   bool connected = false;  // whether Python knows how to call functions
   Reference list;          // the ends of the ring of references
   Reference* spare = nullptr;
-  std::array<PyHandle, static_cast<std::size_t>(Helper::count)> helpers;
+  std::array<Owned, static_cast<std::size_t>(Helper::count)> helpers;
   Functions functions;
 
   State();

@@ -9,7 +9,6 @@ namespace detail {
 namespace {
 
 namespace conv = boost::locale::conv;
-using Text = Zanthic::String::detail::StringArrayVariant;
 
 std::string quoted(const std::string& name) { return '"' + name + '"'; }
 
@@ -52,7 +51,7 @@ char16_t separatorOf(const StringArray& texts) {
 
 // A list of texts crosses as one text, which Python splits: making a thousand objects there is
 // one call instead of a thousand.
-PyHandle makeTexts(const StringArray& texts) {
+Owned makeTexts(const StringArray& texts) {
   const char16_t separator = separatorOf(texts);
   std::u16string joined;
   std::vector<std::size_t> missing;
@@ -64,11 +63,11 @@ PyHandle makeTexts(const StringArray& texts) {
       joined += texts[i].text();
     }
   }
-  return callHelper(Helper::splitTexts, {makeUtf16(joined), makeUtf16({&separator, 1}),
+  return callHelper(Helper::splitTexts, {makeUtf16(joined), makeUtf16({separator}),
                                          toPython(texts.size()), toPython(missing)});
 }
 
-StringArray readTexts(const PyHandle& list, std::vector<std::size_t> shape) {
+StringArray readTexts(PyObject* list, std::vector<std::size_t> shape) {
   using Parts = std::tuple<std::u16string, std::u16string, std::size_t, std::vector<std::size_t>>;
   const auto [joined, separator, count, missing] =
       fromPython<Parts>(callHelper(Helper::joinTexts, {list}));
@@ -84,41 +83,39 @@ StringArray readTexts(const PyHandle& list, std::vector<std::size_t> shape) {
 }
 
 template <class T>
-PyHandle viewOf(const std::vector<T>& values) {
+Owned viewOf(const std::vector<T>& values) {
   return makeView(values.data(), values.size() * sizeof(T));
 }
-PyHandle viewOf(const StringArray& texts) { return makeTexts(texts); }
+Owned viewOf(const StringArray& texts) { return makeTexts(texts); }
 
-// As helpers.cpp takes it: (name, NumPy's type, values, rows without one).
-PyHandle describe(const Column& column) {
+// As helpers.cpp takes it: (name, NumPy's type, values, mask).
+Owned describe(const Column& column) {
   std::string type(1, static_cast<char>(column.kind));
   if (column.kind == Kind::instants || column.kind == Kind::durations) type += "8[us]";
-  // In the other kinds a value of its own shows that there is none.
-  const bool masked = column.kind == Kind::integers || column.kind == Kind::booleans;
-  const PyHandle values =
+  const Owned values =
       std::visit([](const auto& stored) { return viewOf(stored); }, column.values);
-  return api::sequence::pyTupleCreate(
-      {toPython(column.name), toPython(type), values,
-       toPython(masked ? column.missing : std::vector<std::size_t>())});
+  return makeTuple(std::initializer_list<PyObject*>{toPython(column.name), toPython(type), values,
+                                                    viewOf(column.mask)});
 }
 
-Column columnOf(const PyHandle& description) {
-  const std::vector<PyHandle> parts = readItems(description);
+// And gives it back: (name, NumPy's type, block or list of texts, block of the mask or None).
+Column columnOf(PyObject* description) {
+  const std::vector<Owned> parts = readItems(description);
   const auto kind = static_cast<Kind>(fromPython<std::string>(parts[1])[0]);
   Column column{fromPython<std::string>(parts[0]), kind, {}, {}};
   if (kind == Kind::texts) {
-    const std::size_t count = api::sequence::pySequenceLength(parts[2].get());
-    column.values = readTexts(parts[2], {count});
+    column.values = readTexts(parts[2], {fromPython<std::size_t>(parts[3])});
     return column;
   }
+  const Storage storage = storageOf(parts[2]);
   if (kind == Kind::numbers) {
-    column.values = fromPython<std::vector<double>>(parts[2]);
+    column.values = copied<double>(storage);
   } else if (kind == Kind::booleans) {
-    column.values = fromPython<std::vector<std::uint8_t>>(parts[2]);
+    column.values = copied<std::uint8_t>(storage);
   } else {
-    column.values = fromPython<std::vector<std::int64_t>>(parts[2]);
+    column.values = copied<std::int64_t>(storage);
   }
-  column.missing = fromPython<std::vector<std::size_t>>(parts[3]);
+  if (!isNone(parts[3])) column.mask = copied<std::uint8_t>(storageOf(parts[3]));
   return column;
 }
 
@@ -201,32 +198,30 @@ const StringArray& Table::texts(const std::string& name) const {
 
 Object Table::toPandas() const {
   return detail::perform([&] {
-    PyArguments descriptions;
+    std::vector<detail::Owned> descriptions;
     for (const detail::Column& column : columns_) descriptions.push_back(detail::describe(column));
-    return Object(
-        detail::callHelper(detail::Helper::frame, {api::sequence::pyTupleCreate(descriptions)}));
+    return Object(detail::callHelper(detail::Helper::frame, {detail::makeTuple(descriptions)}));
   });
 }
 
 Table Table::fromPandas(const Object& frame) {
   return detail::perform([&] {
     Table table;
-    for (const PyHandle& each :
-         detail::readItems(detail::callHelper(detail::Helper::columns, {frame.handle()}))) {
-      table.append(detail::columnOf(each));
-    }
+    const detail::Owned columns =
+        detail::callHelper(detail::Helper::columns, {detail::borrowed(frame)});
+    for (PyObject* const each : detail::readItems(columns)) table.append(detail::columnOf(each));
     return table;
   });
 }
 
-PyHandle Converter<StringArray>::toPython(const StringArray& texts) {
+detail::Owned Converter<StringArray>::toPython(const StringArray& texts) {
   return detail::callHelper(
       detail::Helper::textArray,
-      {detail::makeTexts(texts), api::sequence::pyTupleCreate(detail::eachToPython(texts.dims()))});
+      {detail::makeTexts(texts), detail::makeTuple(detail::eachToPython(texts.dims()))});
 }
 
-StringArray Converter<StringArray>::fromPython(const PyHandle& object) {
-  const std::vector<PyHandle> parts =
+StringArray Converter<StringArray>::fromPython(PyObject* object) {
+  const std::vector<detail::Owned> parts =
       detail::readItems(detail::callHelper(detail::Helper::textsOf, {object}));
   return detail::readTexts(parts[0], detail::fromPython<std::vector<std::size_t>>(parts[1]));
 }

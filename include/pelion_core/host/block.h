@@ -1,10 +1,7 @@
 #pragma once
 
-#include <cstring>
-#include <numeric>
 #include <vector>
 
-#include "pelion_core/api/numeric_array.h"
 #include "pelion_core/host/convert.h"
 
 namespace pelion_core::host {
@@ -29,25 +26,26 @@ constexpr char typeCode() {
 
 /// Numbers that lie one after the other in what `owner` keeps alive.
 struct Storage {
-  PyHandle owner;
+  Owned owner;
   const void* data;
   std::size_t count;
   std::vector<std::size_t> shape;
 };
 
 /// The numbers of an array or another iterable, converted to the type when they fit.
-Storage readBlock(const PyHandle& object, char code);
-PyHandle makeArray(const void* data, std::size_t byteCount, char code);
-PyHandle makeNdarray(const void* data, std::size_t count, std::size_t itemSize, const char* type,
-                     const std::vector<std::size_t>& shape);
+Storage readBlock(PyObject* object, char code);
+/// The same, of what Python's part of this layer has read.
+Storage storageOf(PyObject* block);
+Owned makeArray(const void* data, std::size_t byteCount, char code);
+Owned makeNdarray(const void* data, std::size_t count, std::size_t itemSize, const char* type,
+                  const std::vector<std::size_t>& shape);
 /// A `memoryview` of host memory, to be gone before the memory is.
-PyHandle makeView(const void* data, std::size_t byteCount);
+Owned makeView(const void* data, std::size_t byteCount);
 
 template <class T>
 std::vector<T> copied(const Storage& storage) {
-  std::vector<T> values(storage.count);
-  if (storage.count != 0) std::memcpy(values.data(), storage.data, storage.count * sizeof(T));
-  return values;
+  const T* const first = static_cast<const T*>(storage.data);
+  return std::vector<T>(first, first + storage.count);
 }
 
 }  // namespace detail
@@ -56,10 +54,10 @@ std::vector<T> copied(const Storage& storage) {
 /// `array.array` and buffers as blocks, every other iterable number by number.
 template <class T>
 struct Converter<std::vector<T>, std::enable_if_t<detail::isNumber<T>>> {
-  static PyHandle toPython(const std::vector<T>& values) {
+  static detail::Owned toPython(const std::vector<T>& values) {
     return detail::makeArray(values.data(), values.size() * sizeof(T), detail::typeCode<T>());
   }
-  static std::vector<T> fromPython(const PyHandle& object) {
+  static std::vector<T> fromPython(PyObject* object) {
     return detail::copied<T>(detail::readBlock(object, detail::typeCode<T>()));
   }
 };
@@ -69,12 +67,12 @@ struct Converter<std::vector<T>, std::enable_if_t<detail::isNumber<T>>> {
 template <class T>
 struct Converter<Block<T>> {
   static_assert(detail::isNumber<T>, "blocks are made of numbers");
-  static PyHandle toPython(const Block<T>& block) {
+  static detail::Owned toPython(const Block<T>& block) {
     const char type[] = {detail::typeCode<T>(), '\0'};
     return detail::makeNdarray(block.values.data(), block.values.size(), sizeof(T), type,
                                block.shape);
   }
-  static Block<T> fromPython(const PyHandle& object) {
+  static Block<T> fromPython(PyObject* object) {
     detail::Storage storage = detail::readBlock(object, detail::typeCode<T>());
     return {detail::copied<T>(storage), std::move(storage.shape)};
   }

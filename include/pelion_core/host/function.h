@@ -14,7 +14,7 @@
 namespace pelion_core::host::detail {
 
 /// Takes the arguments, gives the result.
-using Callback = std::function<PyHandle(const std::vector<PyHandle>&)>;
+using Callback = std::function<Owned(const std::vector<Owned>&)>;
 
 Object makeFunction(Callback callback);
 
@@ -36,8 +36,8 @@ struct Stored<std::u16string_view> {
 void requireArguments(std::size_t given, std::size_t wanted);
 
 template <class Result, class... Parameters, std::size_t... positions>
-PyHandle call(const std::function<Result(Parameters...)>& function,
-              [[maybe_unused]] const std::vector<PyHandle>& arguments,
+Owned call(const std::function<Result(Parameters...)>& function,
+              [[maybe_unused]] const std::vector<Owned>& arguments,
               std::index_sequence<positions...>) {
   std::tuple<typename Stored<std::decay_t<Parameters>>::Type...> values{
       fromPython<typename Stored<std::decay_t<Parameters>>::Type>(arguments[positions])...};
@@ -51,7 +51,7 @@ PyHandle call(const std::function<Result(Parameters...)>& function,
 
 template <class Result, class... Parameters>
 Callback adapted(std::function<Result(Parameters...)> function) {
-  return [function = std::move(function)](const std::vector<PyHandle>& arguments) {
+  return [function = std::move(function)](const std::vector<Owned>& arguments) {
     requireArguments(arguments.size(), sizeof...(Parameters));
     return call(function, arguments, std::index_sequence_for<Parameters...>());
   };

@@ -9,9 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "pelion_core/api/mapping.h"
-#include "pelion_core/api/object.h"
-#include "pelion_core/api/sequence.h"
 #include "pelion_core/host/error.h"
 #include "pelion_core/host/runtime.h"
 
@@ -50,7 +47,9 @@ class Object {
   /// No object.
   Object() = default;
   /// Takes the result of a flat function in. An empty handle gives an empty object.
-  explicit Object(PyHandle handle);
+  explicit Object(const PyHandle& handle);
+  /// Takes a reference over, in an operation.
+  explicit Object(detail::Owned object) : reference_(detail::enlist(std::move(object))) {}
   /// Makes a Python object of a C++ value.
   template <class T>
   static Object of(const T& value);
@@ -75,11 +74,14 @@ class Object {
   }
 
   /// Whether there is an object, of an open session.
-  explicit operator bool() const { return reference_ != nullptr && reference_->handle; }
+  explicit operator bool() const { return reference_ != nullptr && reference_->object != nullptr; }
   /// The handle, for the flat functions. It must not outlive the session.
   const PyHandle& handle() const;
   /// The object itself, borrowed.
-  ::python::pyArray* get() const { return handle().get(); }
+  ::python::pyArray* get() const {
+    if (!*this) fail();
+    return toPyArray(reference_->object);
+  }
 
   /// `object.name`.
   Object attr(const std::string& name) const;
@@ -141,6 +143,8 @@ class Object {
   Iterator end() const;
 
  private:
+  [[noreturn]] void fail() const;
+
   detail::Reference* reference_ = nullptr;
 };
 
@@ -176,32 +180,35 @@ class Object::Iterator {
 
 namespace detail {
 
-inline PyHandle handleOf(PyHandle handle) { return handle; }
-inline PyHandle handleOf(const Object& object) { return object.handle(); }
+inline PyObject* borrowed(const Object& object) { return toPyObject(object.get()); }
+inline Owned owned(Owned object) { return object; }
+inline Owned owned(const Object& object) { return share(borrowed(object)); }
 
 /// A C++ value made a Python object. In an operation.
 template <class T>
-PyHandle toPython(const T& value) {
-  return handleOf(Converter<std::decay_t<const T&>>::toPython(value));
+Owned toPython(const T& value) {
+  if constexpr (std::is_same_v<T, Object>) {
+    return owned(value);
+  } else {
+    return owned(Converter<std::decay_t<const T&>>::toPython(value));
+  }
 }
-inline PyHandle toPython(const Object& object) { return object.handle(); }
 
 template <class T, class = void>
-struct ReadsHandles : std::false_type {};
+inline constexpr bool readsBorrowed = false;
 template <class T>
-struct ReadsHandles<
-    T, std::void_t<decltype(Converter<T>::fromPython(std::declval<const PyHandle&>()))>>
-    : std::true_type {};
+inline constexpr bool readsBorrowed<
+    T, std::void_t<decltype(Converter<T>::fromPython(std::declval<PyObject*>()))>> = true;
 
 /// A Python object read as a C++ value. In an operation.
 template <class T>
-T fromPython(const PyHandle& handle) {
+T fromPython(PyObject* object) {
   if constexpr (std::is_same_v<T, Object>) {
-    return Object(handle);
-  } else if constexpr (ReadsHandles<T>::value) {
-    return Converter<T>::fromPython(handle);
+    return Object(share(object));
+  } else if constexpr (readsBorrowed<T>) {
+    return Converter<T>::fromPython(object);
   } else {
-    return Converter<T>::fromPython(Object(handle));
+    return Converter<T>::fromPython(Object(share(object)));
   }
 }
 
@@ -210,23 +217,29 @@ inline constexpr bool isKeyword = false;
 template <class T>
 inline constexpr bool isKeyword<Keyword<T>> = true;
 
-/// The arguments of one call; the positional ones go straight into their tuple.
+/// The arguments of one call.
 struct Call {
-  PyHandle tuple;
-  std::uint64_t count = 0;
-  PyKeywords keywords;
+  Owned tuple;
+  Owned keywords{};
+  std::int64_t count = 0;
 
   template <class T>
   void add(const T& value) {
     if constexpr (isKeyword<T>) {
-      keywords.emplace_back(toPython(value.name), toPython(value.value));
+      addKeyword(toPython(value.name), toPython(value.value));
     } else if constexpr (std::is_same_v<T, Object>) {
-      api::sequence::pyTupleSetValue(tuple.get(), count++, value.get());
+      api->setTupleItem(tuple, count++, borrowed(value));
     } else {
-      api::sequence::pyTupleSetValue(tuple.get(), count++, toPython(value).get());
+      api->setTupleItem(tuple, count++, toPython(value));
     }
   }
-  PyHandle invoke(::python::pyArray* callable) const;
+  void addKeyword(PyObject* name, PyObject* value) {
+    if (keywords == nullptr) keywords = Owned(api->PyDict_New());
+    api->PyObject_SetItem(keywords, name, value);
+  }
+  Object invoke(const Object& callable) const {
+    return Object(Owned(api->PyObject_Call(borrowed(callable), tuple, keywords)));
+  }
 };
 
 }  // namespace detail
@@ -239,58 +252,62 @@ Object Object::of(const T& value) {
 template <class T>
 void Object::set(const std::string& name, const T& value) const {
   detail::perform([&] {
-    api::object::pySetMember(get(), detail::toPython(name).get(), detail::toPython(value).get());
+    detail::api->PyObject_SetAttrString(detail::borrowed(*this), name.c_str(),
+                                        detail::toPython(value));
   });
 }
 
 template <class Key>
 Object Object::operator[](const Key& key) const {
-  return detail::perform(
-      [&] { return Object(api::mapping::pyMappingGetItem(get(), detail::toPython(key).get())); });
+  return detail::perform([&] {
+    return Object(detail::Owned(
+        detail::api->PyObject_GetItem(detail::borrowed(*this), detail::toPython(key))));
+  });
 }
 
 template <class Key, class T>
 void Object::setItem(const Key& key, const T& value) const {
   detail::perform([&] {
-    api::mapping::pyMappingSetKey(get(), detail::toPython(key).get(),
-                                  detail::toPython(value).get());
+    detail::api->PyObject_SetItem(detail::borrowed(*this), detail::toPython(key),
+                                  detail::toPython(value));
   });
 }
 
 template <class Key>
 void Object::remove(const Key& key) const {
   detail::perform([&] {
-    detail::callHelper(detail::Helper::remove, {handle(), detail::toPython(key)});
+    detail::callHelper(detail::Helper::remove, {detail::borrowed(*this), detail::toPython(key)});
   });
 }
 
 template <class... Arguments>
 Object Object::operator()(const Arguments&... arguments) const {
   return detail::perform([&] {
-    constexpr std::size_t positional = (0 + ... + (detail::isKeyword<Arguments> ? 0 : 1));
-    detail::Call call{api::sequence::pyTupleCreateSize(positional), 0, {}};
+    constexpr std::int64_t positional = (0 + ... + (detail::isKeyword<Arguments> ? 0 : 1));
+    detail::Call call{detail::Owned(detail::api->PyTuple_New(positional))};
     (call.add(arguments), ...);
-    return Object(call.invoke(get()));
+    return call.invoke(*this);
   });
 }
 
 template <class T>
 bool Object::contains(const T& value) const {
   return detail::perform([&] {
-    return detail::fromPython<bool>(
-        detail::callHelper(detail::Helper::contains, {handle(), detail::toPython(value)}));
+    return detail::fromPython<bool>(detail::callHelper(
+        detail::Helper::contains, {detail::borrowed(*this), detail::toPython(value)}));
   });
 }
 
 template <class T>
 bool Object::operator==(const T& value) const {
-  return detail::perform(
-      [&] { return api::object::pyEqual(get(), detail::toPython(value).get()); });
+  return detail::perform([&] {
+    return detail::api->PyObject_RichCompareBool(detail::borrowed(*this), detail::toPython(value));
+  });
 }
 
 template <class T>
 T Object::as() const {
-  return detail::perform([&] { return detail::fromPython<T>(handle()); });
+  return detail::perform([&] { return detail::fromPython<T>(detail::borrowed(*this)); });
 }
 
 inline Object::Iterator Object::begin() const { return Iterator(*this); }

@@ -2,46 +2,51 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <initializer_list>
 #include <mutex>
-#include <thread>
+#include <utility>
 
-#include "pelion_core/api/api_accessor.h"
 #include "pelion_core/api/handle.h"
 #include "pelion_core/python_api/internal_py_exception.h"
+#include "pelion_core/python_api/ipython_api.h"
 
 /// What the classes of this layer share; nothing here is meant for hosts.
 namespace pelion_core::host::detail {
 
-/// The layer's lock: one host thread at a time, which may take it again. Two atomic operations when
-/// nobody waits, since every operation and every end of an object takes it.
+/// The C API while a session is open, else null.
+extern ::python::IPythonAPI* api;
+
+/// Tells threads apart: an address of each one's own.
+inline thread_local char thisThread = 0;
+
+/// The layer's lock: one host thread at a time, which may take it again. One atomic operation that
+/// others can see when nobody waits, since every operation and every end of an object takes it.
 class Lock {
  public:
   /// Waits for the thread that has the lock, unless it is this one.
   void lock() {
-    const std::thread::id here = std::this_thread::get_id();
-    if (owner_.load(std::memory_order_relaxed) != here && !take(here)) wait(here);
+    if (!isHere() && !take()) wait();
     ++depth_;
   }
   /// Undoes one `lock`.
   void unlock() {
     if (--depth_ != 0) return;
-    owner_.store(std::thread::id());
-    if (waiting_.load() != 0) wake();
+    owner_.store(nullptr, std::memory_order_release);
+    if (waiting_.load(std::memory_order_relaxed) != 0) wake();
   }
   /// Whether this thread has the lock.
-  bool isHere() const {
-    return owner_.load(std::memory_order_relaxed) == std::this_thread::get_id();
-  }
+  bool isHere() const { return owner_.load(std::memory_order_relaxed) == &thisThread; }
 
  private:
-  bool take(std::thread::id here) {
-    std::thread::id free;
-    return owner_.compare_exchange_strong(free, here);
+  bool take() {
+    const char* free = nullptr;
+    return owner_.compare_exchange_strong(free, &thisThread, std::memory_order_acquire,
+                                          std::memory_order_relaxed);
   }
-  void wait(std::thread::id here);
+  void wait();
   void wake();
 
-  std::atomic<std::thread::id> owner_{};  // nobody's value
+  std::atomic<const char*> owner_{nullptr};
   std::atomic<unsigned> waiting_{0};
   unsigned depth_ = 0;
   std::mutex mutex_;
@@ -51,13 +56,19 @@ class Lock {
 /// The one lock of the process.
 Lock& lock();
 
+/// Holds the interpreter's lock, while a session is open and the layer's lock is held.
+struct Frame {
+  Frame() { api->acquireLock(); }
+  ~Frame() { api->releaseLock(); }
+  Frame(const Frame&) = delete;
+  Frame& operator=(const Frame&) = delete;
+};
+
 /// An operation on Python: holds the layer's lock and the interpreter's. Throws
 /// `std::logic_error` when no session is open.
 class Operation {
  public:
   Operation();
-  Operation(const Operation&) = delete;
-  Operation& operator=(const Operation&) = delete;
 
  private:
   /// Between the two locks: the interpreter's is there only while a session is open.
@@ -66,20 +77,49 @@ class Operation {
   };
   std::lock_guard<Lock> guard_;
   OpenSession session_;
-  api::APIAccessor interpreter_;
+  Frame frame_;
 };
+
+/// Owns one reference to an object, in an operation. Costs no control block, as a handle does.
+class Owned {
+ public:
+  Owned() = default;
+  explicit Owned(PyObject* newReference) : object_(newReference) {}
+  Owned(Owned&& other) noexcept : object_(other.release()) {}
+  Owned& operator=(Owned&& other) noexcept {
+    std::swap(object_, other.object_);
+    return *this;
+  }
+  ~Owned() {
+    if (object_ != nullptr) api->Py_DecRef(object_);
+  }
+
+  operator PyObject*() const { return object_; }
+  PyObject* release() { return std::exchange(object_, nullptr); }
+
+ private:
+  PyObject* object_ = nullptr;
+};
+
+/// One more reference.
+inline Owned share(PyObject* object) {
+  api->Py_IncRef(object);
+  return Owned(object);
+}
+inline Owned share(const PyHandle& handle) { return share(toPyObject(handle.get())); }
 
 /// What an `Object` shares with its copies. The session lists them all, and empties them when it
 /// closes; so none of them touches a Python that is gone.
 struct Reference {
-  PyHandle handle;              ///< empty after the session
+  PyObject* object;             ///< null after the session
+  PyHandle handle;              ///< over the same, once it was asked for
   std::atomic<unsigned> users;  ///< objects that share this
   Reference* previous;          ///< in the session's list
   Reference* next;              ///< in the session's list
 };
 
-/// Takes a handle into the session's list, for one user. In an operation.
-Reference* enlist(PyHandle handle);
+/// Takes an object into the session's list, for one user. In an operation.
+Reference* enlist(Owned object);
 
 /// Gives a reference up after its last user is gone. From any thread.
 void retire(Reference* reference) noexcept;
@@ -101,8 +141,19 @@ decltype(auto) perform(Action&& action) {
   }
 }
 
+/// A tuple of objects, each with a reference of its own.
+template <class Items>
+Owned makeTuple(const Items& items) {
+  Owned tuple(api->PyTuple_New(static_cast<std::int64_t>(items.size())));
+  std::int64_t index = 0;
+  for (PyObject* const item : items) api->setTupleItem(tuple, index++, item);
+  return tuple;
+}
+
 /// The functions of the layer that are written in Python, and builtins that it calls.
 enum class Helper {
+  none,
+  append,
   find,
   evaluate,
   run,
@@ -139,9 +190,9 @@ enum class Helper {
 };
 
 /// The function itself, of the open session.
-const PyHandle& helper(Helper name);
+PyObject* helper(Helper name);
 
 /// `helper(*arguments)`.
-PyHandle callHelper(Helper name, const PyArguments& arguments);
+Owned callHelper(Helper name, std::initializer_list<PyObject*> arguments);
 
 }  // namespace pelion_core::host::detail

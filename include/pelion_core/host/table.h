@@ -22,13 +22,27 @@ enum class Kind : char {
   texts = 's'
 };
 
+using Text = Zanthic::String::detail::StringArrayVariant;
+
 struct Column {
   std::string name;
   Kind kind;
   std::variant<std::vector<double>, std::vector<std::int64_t>, std::vector<std::uint8_t>,
                StringArray>
       values;
-  std::vector<std::size_t> missing;  // rows, ascending; what their values are does not matter
+  /// Of integers and booleans, when some are missing: 1 for each that is. In the other kinds a
+  /// value of its own says so.
+  std::vector<std::uint8_t> mask;
+
+  bool lacks(std::size_t, double value) const { return value != value; }
+  bool lacks(std::size_t, const Text& value) const { return value.isMissing(); }
+  bool lacks(std::size_t row, std::uint8_t) const { return !mask.empty() && mask[row] != 0; }
+  bool lacks(std::size_t row, std::int64_t value) const {
+    if (kind != Kind::integers) return value == noTime;
+    return !mask.empty() && mask[row] != 0;
+  }
+
+  static constexpr std::int64_t noTime = std::numeric_limits<std::int64_t>::min();
 };
 
 [[noreturn]] void wrongKind(const Column& column, Kind wanted);
@@ -37,85 +51,62 @@ struct Column {
 std::string utf8Of(const std::u16string& text);
 std::u16string utf16Of(std::string_view text);
 
-/// How a value of C++ stands in a column, and which kind of column that is.
-template <class T, class Enable = void>
-struct Cell;
-
+/// The kind of column that values of a type make.
 template <class T>
-struct Cell<T, std::enable_if_t<std::is_floating_point_v<T>>> {
-  static constexpr Kind kind = Kind::numbers;
-  using Stored = double;
-  static double store(T value) { return static_cast<double>(value); }
-  static T load(double value) { return static_cast<T>(value); }
-  static double missing() { return std::numeric_limits<double>::quiet_NaN(); }
-};
+constexpr Kind kindOf() {
+  if (isUtf8<T> || isUtf16<T>) return Kind::texts;
+  if (std::is_same_v<T, bool>) return Kind::booleans;
+  if (std::is_floating_point_v<T>) return Kind::numbers;
+  return isInteger<T> ? Kind::integers : isInstant<T> ? Kind::instants : Kind::durations;
+}
 
-template <class T>
-struct Cell<T, std::enable_if_t<isInteger<T>>> {
-  static constexpr Kind kind = Kind::integers;
-  using Stored = std::int64_t;
-  static std::int64_t store(T value) { return converted<std::int64_t>(value); }
-  static T load(std::int64_t value) { return converted<T>(value); }
-  static std::int64_t missing() { return 0; }
-
- private:
-  template <class To, class From>
-  static To converted(From value) {
-    const To result = static_cast<To>(value);
-    if (static_cast<From>(result) != value || (result < To{}) != (value < From{})) {
-      throw std::overflow_error("an integer");
-    }
-    return result;
+template <class To, class From>
+To fitting(From value) {
+  const To result = static_cast<To>(value);
+  if (static_cast<From>(result) != value || (result < To{}) != (value < From{})) {
+    throw std::overflow_error("an integer");
   }
-};
+  return result;
+}
 
-template <>
-struct Cell<bool> {
-  static constexpr Kind kind = Kind::booleans;
-  using Stored = std::uint8_t;
-  static std::uint8_t store(bool value) { return value ? 1 : 0; }
-  static bool load(std::uint8_t value) { return value != 0; }
-  static std::uint8_t missing() { return 0; }
-};
-
-template <class Rep, class Period>
-struct Cell<std::chrono::duration<Rep, Period>> {
-  using Duration = std::chrono::duration<Rep, Period>;
-  static constexpr Kind kind = Kind::durations;
-  using Stored = std::int64_t;
-  static std::int64_t store(const Duration& value) { return toMicroseconds(value); }
-  static Duration load(std::int64_t count) {
-    if (!fitsMicroseconds<Duration>(count)) throw std::overflow_error("a duration");
-    return fromMicroseconds<Duration>(count);
-  }
-  static std::int64_t missing() { return std::numeric_limits<std::int64_t>::min(); }
-};
-
-template <class Duration>
-struct Cell<std::chrono::time_point<std::chrono::system_clock, Duration>> : Cell<Duration> {
-  using Instant = std::chrono::time_point<std::chrono::system_clock, Duration>;
-  static constexpr Kind kind = Kind::instants;
-  static std::int64_t store(const Instant& value) {
-    return toMicroseconds(value.time_since_epoch());
-  }
-  static Instant load(std::int64_t count) { return Instant(Cell<Duration>::load(count)); }
-};
-
+/// A value as it stands in a column.
 template <class T>
-struct Cell<T, std::enable_if_t<isUtf8<T>>> {
-  static constexpr Kind kind = Kind::texts;
-  using Stored = std::u16string;
-  static std::u16string store(const T& value) { return utf16Of(value); }
-  static std::string load(const std::u16string& value) { return utf8Of(value); }
-};
+auto stored(const T& value) {
+  if constexpr (isUtf8<T>) {
+    return Text(utf16Of(value));
+  } else if constexpr (isUtf16<T>) {
+    return Text(std::u16string(value));
+  } else if constexpr (std::is_same_v<T, bool>) {
+    return std::uint8_t{value};
+  } else if constexpr (std::is_floating_point_v<T>) {
+    return static_cast<double>(value);
+  } else if constexpr (isInteger<T>) {
+    return fitting<std::int64_t>(value);
+  } else {
+    static_assert(isDuration<T> || isInstant<T>, "no column is made of this type");
+    return toMicroseconds(value);
+  }
+}
 
-template <class T>
-struct Cell<T, std::enable_if_t<isUtf16<T>>> {
-  static constexpr Kind kind = Kind::texts;
-  using Stored = std::u16string;
-  static std::u16string store(const T& value) { return std::u16string(value); }
-  static T load(const std::u16string& value) { return value; }
-};
+/// The other way round.
+template <class T, class Stored>
+T loaded(const Stored& value) {
+  if constexpr (isUtf8<T>) {
+    return utf8Of(value.text());
+  } else if constexpr (isUtf16<T>) {
+    return value.text();
+  } else if constexpr (std::is_same_v<T, bool>) {
+    return value != 0;
+  } else if constexpr (std::is_floating_point_v<T>) {
+    return static_cast<T>(value);
+  } else if constexpr (isInteger<T>) {
+    return fitting<T>(value);
+  } else {
+    const std::optional<T> time = fromMicroseconds<T>(value);
+    if (!time) throw std::overflow_error("a duration");
+    return *time;
+  }
+}
 
 template <class T>
 struct Element {
@@ -128,75 +119,65 @@ struct Element<std::optional<T>> {
   static constexpr bool isOptional = true;
 };
 
-template <class T, class Each>
+template <class Each>
 Column makeColumn(const std::string& name, const std::vector<Each>& values) {
-  using C = Cell<T>;
-  Column column{name, C::kind, {}, {}};
-  if constexpr (C::kind == Kind::texts) {
-    StringArray& texts = column.values.template emplace<StringArray>(
-        std::vector<Zanthic::String::detail::StringArrayVariant>(values.size()));
-    for (std::size_t i = 0; i < values.size(); ++i) {
-      if constexpr (Element<Each>::isOptional) {
-        if (values[i]) texts[i] = C::store(*values[i]);
-      } else {
-        texts[i] = C::store(values[i]);
-      }
+  using T = typename Element<Each>::Type;
+  using Stored = decltype(stored(std::declval<const T&>()));
+  Column column{name, kindOf<T>(), {}, {}};
+  std::vector<Stored> all;
+  if constexpr (std::is_same_v<Each, Stored>) {
+    all = values;
+  } else if constexpr (Element<Each>::isOptional) {
+    for (const Each& value : values) {
+      Stored none{};
+      if constexpr (std::is_same_v<Stored, double>) none = std::numeric_limits<double>::quiet_NaN();
+      if constexpr (isDuration<T> || isInstant<T>) none = Column::noTime;
+      all.push_back(value ? stored<T>(*value) : none);
+      if constexpr (std::is_same_v<T, bool> || isInteger<T>) column.mask.push_back(!value);
     }
   } else {
-    auto& stored = column.values.template emplace<std::vector<typename C::Stored>>();
-    stored.reserve(values.size());
-    for (const auto& value : values) {
-      if constexpr (Element<Each>::isOptional) {
-        if (!value) column.missing.push_back(stored.size());
-        stored.push_back(value ? C::store(*value) : C::missing());
-      } else {
-        stored.push_back(C::store(value));
-      }
-    }
+    all.reserve(values.size());
+    for (const Each& value : values) all.push_back(stored<T>(value));
+  }
+  if constexpr (std::is_same_v<Stored, Text>) {
+    column.values = StringArray(std::move(all));
+  } else {
+    column.values = std::move(all);
   }
   return column;
 }
 
-template <class T, class Each>
+template <class Each>
 std::vector<Each> readColumn(const Column& column) {
-  using C = Cell<T>;
-  constexpr bool optional = Element<Each>::isOptional;
-  std::vector<Each> result;
-  if constexpr (C::kind == Kind::texts) {
-    if (column.kind != Kind::texts) wrongKind(column, C::kind);
-    for (const auto& each : std::get<StringArray>(column.values).elements()) {
-      if constexpr (optional) {
-        result.push_back(each.isMissing() ? Each() : Each(C::load(each.text())));
-      } else {
-        if (each.isMissing()) hasMissing(column);
-        result.push_back(C::load(each.text()));
-      }
-    }
-  } else {
-    const auto fill = [&](const auto& stored) {
-      result.reserve(stored.size());
-      for (const auto value : stored) {
-        result.push_back(C::load(static_cast<typename C::Stored>(value)));
-      }
-    };
-    if (column.kind == C::kind) {
-      fill(std::get<std::vector<typename C::Stored>>(column.values));
-    } else if (C::kind == Kind::numbers && column.kind == Kind::integers) {
-      fill(std::get<std::vector<std::int64_t>>(column.values));
-    } else {
-      wrongKind(column, C::kind);
-    }
-    for (const std::size_t row : column.missing) {
-      if constexpr (optional) {
-        result[row].reset();
+  using T = typename Element<Each>::Type;
+  const auto read = [&](const auto& values) {
+    std::vector<Each> result;
+    result.reserve(values.size());
+    for (std::size_t row = 0; row < values.size(); ++row) {
+      if constexpr (Element<Each>::isOptional) {
+        const bool lacks = column.lacks(row, values[row]);
+        result.push_back(lacks ? Each() : Each(loaded<T>(values[row])));
+      } else if (!column.lacks(row, values[row])) {
+        result.push_back(loaded<T>(values[row]));
       } else if constexpr (std::is_floating_point_v<T>) {
-        result[row] = std::numeric_limits<T>::quiet_NaN();
+        result.push_back(std::numeric_limits<T>::quiet_NaN());
       } else {
         hasMissing(column);
       }
     }
+    return result;
+  };
+  if constexpr (kindOf<T>() == Kind::numbers) {
+    if (column.kind == Kind::integers) {
+      return read(std::get<std::vector<std::int64_t>>(column.values));
+    }
   }
-  return result;
+  if (column.kind != kindOf<T>()) wrongKind(column, kindOf<T>());
+  if constexpr (kindOf<T>() == Kind::texts) {
+    return read(std::get<StringArray>(column.values));
+  } else {
+    return read(std::get<std::vector<decltype(stored(std::declval<const T&>()))>>(column.values));
+  }
 }
 
 }  // namespace detail
@@ -212,7 +193,7 @@ class Table {
   template <class T>
   Table& add(const std::string& name, const std::vector<T>& values) {
     try {
-      return append(detail::makeColumn<typename detail::Element<T>::Type>(name, values));
+      return append(detail::makeColumn(name, values));
     } catch (const std::overflow_error& failure) {
       detail::columnOverflow(name, failure.what());
     }
@@ -232,7 +213,7 @@ class Table {
   template <class T>
   std::vector<T> column(const std::string& name) const {
     try {
-      return detail::readColumn<typename detail::Element<T>::Type, T>(find(name));
+      return detail::readColumn<T>(find(name));
     } catch (const std::overflow_error& failure) {
       detail::columnOverflow(name, failure.what());
     }
@@ -264,8 +245,8 @@ struct Converter<Table> {
 /// where `None`, NaN and `pandas.NA` are missing.
 template <>
 struct Converter<StringArray> {
-  static PyHandle toPython(const StringArray& texts);
-  static StringArray fromPython(const PyHandle& object);
+  static detail::Owned toPython(const StringArray& texts);
+  static StringArray fromPython(PyObject* object);
 };
 
 }  // namespace pelion_core::host
