@@ -23,14 +23,6 @@
 namespace pelion_core::host {
 namespace detail {
 
-template <class T, class... Others>
-inline constexpr bool isOneOf = (std::is_same_v<T, Others> || ...);
-
-/// The integers that are numbers, not characters or truth values.
-template <class T>
-inline constexpr bool isInteger =
-    std::is_integral_v<T> && !isOneOf<T, bool, char, wchar_t, char16_t, char32_t>;
-
 /// What crosses as a block when there are many.
 template <class T>
 inline constexpr bool isNumber = isInteger<T> || isOneOf<T, float, double>;

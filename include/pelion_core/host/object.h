@@ -194,6 +194,36 @@ Owned toPython(const T& value) {
   }
 }
 
+template <class T, class... Others>
+inline constexpr bool isOneOf = (std::is_same_v<T, Others> || ...);
+
+/// The integers that are numbers, not characters or truth values.
+template <class T>
+inline constexpr bool isInteger =
+    std::is_integral_v<T> && !isOneOf<T, bool, char, wchar_t, char16_t, char32_t>;
+
+/// The same, as an argument: an object as it is, without a reference of its own.
+template <class T>
+auto lent(const T& value) {
+  if constexpr (std::is_same_v<T, Object>) {
+    return borrowed(value);
+  } else {
+    return toPython(value);
+  }
+}
+
+/// `object[key]`. Lists and tuples need no `int` for an index that is none from their end.
+template <class Key>
+Owned item(PyObject* object, const Key& key) {
+  if constexpr (isInteger<Key>) {
+    const auto index = static_cast<std::int64_t>(key);
+    if (index >= 0 && (api->PyList_Check(object) || api->PyTuple_Check(object))) {
+      return Owned(api->PySequence_GetItem(object, index));
+    }
+  }
+  return Owned(api->PyObject_GetItem(object, lent(key)));
+}
+
 template <class T, class = void>
 inline constexpr bool readsBorrowed = false;
 template <class T>
@@ -226,11 +256,9 @@ struct Call {
   template <class T>
   void add(const T& value) {
     if constexpr (isKeyword<T>) {
-      addKeyword(toPython(value.name), toPython(value.value));
-    } else if constexpr (std::is_same_v<T, Object>) {
-      api->setTupleItem(tuple, count++, borrowed(value));
+      addKeyword(toPython(value.name), lent(value.value));
     } else {
-      api->setTupleItem(tuple, count++, toPython(value));
+      api->setTupleItem(tuple, count++, lent(value));
     }
   }
   void addKeyword(PyObject* name, PyObject* value) {
@@ -253,30 +281,27 @@ template <class T>
 void Object::set(const std::string& name, const T& value) const {
   detail::perform([&] {
     detail::api->PyObject_SetAttrString(detail::borrowed(*this), name.c_str(),
-                                        detail::toPython(value));
+                                        detail::lent(value));
   });
 }
 
 template <class Key>
 Object Object::operator[](const Key& key) const {
-  return detail::perform([&] {
-    return Object(detail::Owned(
-        detail::api->PyObject_GetItem(detail::borrowed(*this), detail::toPython(key))));
-  });
+  return detail::perform([&] { return Object(detail::item(detail::borrowed(*this), key)); });
 }
 
 template <class Key, class T>
 void Object::setItem(const Key& key, const T& value) const {
   detail::perform([&] {
-    detail::api->PyObject_SetItem(detail::borrowed(*this), detail::toPython(key),
-                                  detail::toPython(value));
+    detail::api->PyObject_SetItem(detail::borrowed(*this), detail::lent(key),
+                                  detail::lent(value));
   });
 }
 
 template <class Key>
 void Object::remove(const Key& key) const {
   detail::perform([&] {
-    detail::callHelper(detail::Helper::remove, {detail::borrowed(*this), detail::toPython(key)});
+    detail::callHelper(detail::Helper::remove, {detail::borrowed(*this), detail::lent(key)});
   });
 }
 
@@ -294,14 +319,14 @@ template <class T>
 bool Object::contains(const T& value) const {
   return detail::perform([&] {
     return detail::fromPython<bool>(detail::callHelper(
-        detail::Helper::contains, {detail::borrowed(*this), detail::toPython(value)}));
+        detail::Helper::contains, {detail::borrowed(*this), detail::lent(value)}));
   });
 }
 
 template <class T>
 bool Object::operator==(const T& value) const {
   return detail::perform([&] {
-    return detail::api->PyObject_RichCompareBool(detail::borrowed(*this), detail::toPython(value));
+    return detail::api->PyObject_RichCompareBool(detail::borrowed(*this), detail::lent(value));
   });
 }
 
