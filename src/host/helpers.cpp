@@ -279,7 +279,7 @@ def columns(frame):
         refuse(frame, 'a pandas DataFrame')
     if type(frame.index) is not pandas.RangeIndex or frame.index.name is not None:
         frame = frame.reset_index()
-    return [column(str(label), frame.iloc[:, i]) for i, label in enumerate(frame.columns)]
+    return [column(str(label), series) for label, series in frame.items()]
 
 # What NumPy calls a kind: the column's, what it is read as, what stands for a missing value.
 KINDS = {'b': ('?', 'B', 0), 'i': ('q', 'q', 0), 'u': ('q', 'q', 0), 'f': ('d', 'd', float('nan'))}
