@@ -1,5 +1,6 @@
 #include "pelion_core/fetch/fetch.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@ using Names = std::vector<std::u16string>;
 // The components of the path behind the leading "py".
 Names parse(const std::u16string& name) {
   Names components;
+  components.reserve(1 + static_cast<std::size_t>(std::count(name.begin(), name.end(), u'.')));
   for (std::size_t begin = 0, end = 0; end != name.npos; begin = end + 1) {
     end = name.find(u'.', begin);
     components.push_back(name.substr(begin, end - begin));
@@ -25,12 +27,22 @@ Names parse(const std::u16string& name) {
   return components;
 }
 
+// `object.<name>` in place of the object, in one frame; null where there is none.
+void follow(Reference& object, const std::u16string& name) {
+  const Frame api;
+  Reference string = str(name);
+  Reference attribute(api->getAttrIfThere(object.get(), string.get()));
+  string.drop(api);
+  object.drop(api);
+  object = std::move(attribute);
+}
+
 // One reading of a name: the attributes of a path, from one of them on, followed from a module.
 // Does what the fetchers do, but does not throw where there is nothing: most readings lead nowhere.
 Reference resolve(const std::u16string& module, const Names& path, std::size_t firstAttribute) {
   Reference object = own<&PyAPIImpl::importModuleIfThere>(module);
   for (std::size_t i = firstAttribute; i < path.size() && object.get() != nullptr; ++i) {
-    object = own<&PyAPIImpl::getAttrIfThere>(object, str(path[i]));
+    follow(object, path[i]);
   }
   return object;
 }
