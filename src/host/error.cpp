@@ -18,7 +18,8 @@ struct Error::Data {
   // A broken exception must still be told.
   Data(PyObject* value, PyObject* trace) : exception(detail::share(value)) {
     try {
-      const detail::Owned description = detail::callHelper(detail::Helper::describe, {value, trace});
+      const detail::Owned description =
+          detail::callHelper(detail::Helper::describe, {value, trace});
       std::tie(type, message, traceback, classes) = detail::fromPython<
           std::tuple<std::string, std::string, std::string, std::vector<std::string>>>(description);
     } catch (const InternalPyException&) {

@@ -40,8 +40,9 @@ using namespace pelion_core::host::detail;
 extern "C" int pelion_core_host_call(std::size_t id, PyObject* arguments, PyObject* box) noexcept {
   State& here = state();
   if (!here.lock.isHere()) return elsewhere;
-  const auto function = here.functions.find(id);
-  if (function == nullptr) return closed;
+  const auto place = here.functions.find(id);
+  if (place == here.functions.end()) return closed;
+  const auto function = place->second;  // which the call may drop
   try {
     perform([&] { put(box, (*function)(readItems(arguments))); });
     return returned;
@@ -59,46 +60,26 @@ extern "C" int pelion_core_host_call(std::size_t id, PyObject* arguments, PyObje
   }
 }
 
-extern "C" void pelion_core_host_drop(std::size_t id) noexcept { state().functions.drop(id); }
+extern "C" void pelion_core_host_drop(std::size_t id) noexcept {
+  State& here = state();
+  const std::lock_guard guard(here.dropping);
+  here.dropped.push_back(id);
+}
+
+// Destroys what Python dropped.
+void sweep(State& here) {
+  std::vector<std::size_t> dropped;
+  {
+    const std::lock_guard guard(here.dropping);
+    dropped.swap(here.dropped);
+  }
+  // Out of the map first: what a function owns may be Python objects, whose end may call others.
+  for (const std::size_t id : dropped) here.functions.extract(id);
+}
 
 }  // namespace
 
 namespace pelion_core::host::detail {
-
-std::size_t Functions::add(Callback function) {
-  auto shared = std::make_shared<const Callback>(std::move(function));
-  const std::lock_guard guard(mutex_);
-  functions_.emplace(++last_, std::move(shared));
-  return last_;
-}
-
-std::shared_ptr<const Callback> Functions::find(std::size_t id) {
-  const std::lock_guard guard(mutex_);
-  const auto place = functions_.find(id);
-  return place == functions_.end() ? nullptr : place->second;
-}
-
-void Functions::drop(std::size_t id) noexcept {
-  const std::lock_guard guard(mutex_);
-  const auto place = functions_.find(id);
-  if (place == functions_.end()) return;
-  dropped_.push_back(std::move(place->second));
-  functions_.erase(place);
-}
-
-// Outside of the mutex: what a function owns may be Python objects, whose end may drop others.
-void Functions::sweep() {
-  std::vector<std::shared_ptr<const Callback>> dropped;
-  const std::lock_guard guard(mutex_);
-  dropped.swap(dropped_);
-}
-
-void Functions::clear() {
-  sweep();
-  std::map<std::size_t, std::shared_ptr<const Callback>> functions;
-  const std::lock_guard guard(mutex_);
-  functions.swap(functions_);
-}
 
 void requireArguments(std::size_t given, std::size_t wanted) {
   if (given == wanted) return;
@@ -115,12 +96,13 @@ Object makeFunction(Callback callback) {
                   toPython(reinterpret_cast<std::uintptr_t>(&pelion_core_host_drop))});
       here.connected = true;
     }
-    here.functions.sweep();
-    const std::size_t id = here.functions.add(std::move(callback));
+    sweep(here);
+    const std::size_t id = ++here.lastFunction;
+    here.functions.emplace(id, std::make_shared<const Callback>(std::move(callback)));
     try {
       return Object(callHelper(Helper::makeFunction, {toPython(id)}));
     } catch (...) {
-      here.functions.drop(id);
+      here.functions.erase(id);
       throw;
     }
   });

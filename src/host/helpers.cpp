@@ -4,15 +4,11 @@
 namespace pelion_core::host::detail {
 namespace {
 
-// In the order of `Helper`.
 constexpr const char* names[] = {
-    "none",       "append",     "find",          "evaluate",    "run",          "describe",
-    "iterate",    "next",       "end",           "len",         "contains",     "delitem",
-    "represent",  "display",    "truth",         "index",       "items_of",     "set",
-    "pairs_of",   "make_duration", "duration_of", "make_instant", "instant_of", "block",
-    "ndarray",    "split_texts", "join_texts",   "text_array",  "texts_of",     "frame",
-    "columns",    "Function",   "connect",       "redirect"};
-static_assert(std::size(names) == static_cast<std::size_t>(Helper::count));
+#define PELION_CORE_NAME(name, python) python,
+    PELION_CORE_HELPERS(PELION_CORE_NAME)
+#undef PELION_CORE_NAME
+};
 
 // Modules are imported where they are used: a start should not wait for them, and some can be
 // imported only once in a process.
@@ -125,25 +121,26 @@ def duration_of(value):
         return (value.days * 86400 + value.seconds) * 1000000 + value.microseconds
     return numpy_count(value, 'm', 'a duration')
 
-def make_instant(count):
+def epoch():
     import datetime
-    epoch = datetime.datetime(1970, 1, 1, tzinfo=datetime.timezone.utc)
-    return epoch + datetime.timedelta(microseconds=count)
+    return datetime.datetime(1970, 1, 1, tzinfo=datetime.timezone.utc)
+
+def make_instant(count):
+    return epoch() + make_duration(count)
 
 def instant_of(value):
     import datetime
-    if isinstance(value, datetime.datetime):
-        if value != value:
-            raise ValueError('not-a-time has no value')
-        if value.tzinfo is None:
-            value = value.replace(tzinfo=datetime.timezone.utc)
-        epoch = datetime.datetime(1970, 1, 1, tzinfo=datetime.timezone.utc)
-        return duration_of(value - epoch)
-    return numpy_count(value, 'M', 'a date with its time')
+    if not isinstance(value, datetime.datetime):
+        return numpy_count(value, 'M', 'a date with its time')
+    if value != value:
+        raise ValueError('not-a-time has no value')
+    if value.tzinfo is None:
+        value = value.replace(tzinfo=datetime.timezone.utc)
+    return duration_of(value - epoch())
 
-MICROSECONDS = {'W': 604800000000, 'D': 86400000000, 'h': 3600000000, 'm': 60000000, 's': 1000000,
-                'ms': 1000, 'us': 1}
-PARTS = {'ns': 1000, 'ps': 10 ** 6, 'fs': 10 ** 9, 'as': 10 ** 12}
+ATTOSECONDS = {'as': 1, 'fs': 10 ** 3, 'ps': 10 ** 6, 'ns': 10 ** 9, 'us': 10 ** 12, 'ms': 10 ** 15,
+               's': 10 ** 18, 'm': 60 * 10 ** 18, 'h': 3600 * 10 ** 18, 'D': 86400 * 10 ** 18,
+               'W': 604800 * 10 ** 18}
 
 def numpy_count(value, kind, wanted):
     if type(value).__module__ != 'numpy' or value.dtype.kind != kind or value.ndim != 0:
@@ -154,12 +151,9 @@ def numpy_count(value, kind, wanted):
     if kind == 'M' and numpy.datetime_data(value.dtype)[0] in 'YM':
         value = value.astype('M8[D]')
     unit, step = numpy.datetime_data(value.dtype)
-    count = int(value.astype('i8')) * step
-    if unit in PARTS:
-        return count // PARTS[unit]
-    if unit not in MICROSECONDS:
+    if unit not in ATTOSECONDS:
         refuse(value, wanted + ' of a known length')
-    return count * MICROSECONDS[unit]
+    return int(value.astype('i8')) * step * ATTOSECONDS[unit] // 10 ** 12
 
 def block(value, code):
     import array
@@ -281,8 +275,10 @@ def columns(frame):
         frame = frame.reset_index()
     return [column(str(label), series) for label, series in frame.items()]
 
-# What NumPy calls a kind: the column's, what it is read as, what stands for a missing value.
-KINDS = {'b': ('?', 'B', 0), 'i': ('q', 'q', 0), 'u': ('q', 'q', 0), 'f': ('d', 'd', float('nan'))}
+# By NumPy's letter: the kind of the column, its block, what pandas makes it of, and with what where
+# a value is missing.
+KINDS = {'b': ('?', 'B', 'bool', False), 'i': ('q', 'q', 'int64', 0),
+         'u': ('q', 'q', 'uint64', 0), 'f': ('d', 'd', 'float64', float('nan'))}
 
 def column(name, series):
     import numpy, pandas
@@ -292,33 +288,27 @@ def column(name, series):
         series = inferred(name, series)
     dtype = series.dtype
     if dtype.kind in KINDS:
-        kind, code, filler = KINDS[dtype.kind]
-        mask = None
-        values = series
-        if not isinstance(dtype, numpy.dtype):
-            missing = series.isna().to_numpy(bool)
-            mask = block(missing, 'B') if missing.any() else None
-            exact = 'uint64' if dtype.kind == 'u' else {'?': 'bool', 'q': 'int64', 'd': 'float64'}[kind]
-            values = series.to_numpy(exact, na_value=filler) if mask else series.to_numpy(exact)
-        return name, kind, block(values, code), mask
-    if dtype.kind == 'M' and getattr(dtype, 'tz', None) is not None:
+        kind, code, exact, filler = KINDS[dtype.kind]
+        if isinstance(dtype, numpy.dtype):
+            return name, kind, block(series, code), None
+        mask = block(series.isna().to_numpy(bool), 'B')
+        return name, kind, block(series.to_numpy(exact, na_value=filler), code), mask
+    if dtype.kind == 'M' and not isinstance(dtype, numpy.dtype):
         series = series.dt.tz_convert('UTC').dt.tz_localize(None)
     if dtype.kind in 'Mm':
-        values = series.to_numpy(dtype.kind + '8[us]').view('i8')
-        return name, dtype.kind, block(values, 'q'), None
+        return name, dtype.kind, block(series.to_numpy(dtype.kind + '8[us]').view('i8'), 'q'), None
     if pandas.api.types.is_string_dtype(dtype):
         return name, 's', series.to_numpy(object), len(series)
     raise TypeError('column %r of %s cannot be read' % (name, dtype))
 
+INFERRED = {'boolean': 'boolean', 'integer': 'Int64', 'floating': 'float64',
+            'mixed-integer-float': 'float64', 'string': object, 'empty': object}
+
 def inferred(name, series):
     import pandas
     kind = pandas.api.types.infer_dtype(series, skipna=True)
-    if kind in ('string', 'empty'):
-        return series
-    if kind in ('boolean', 'integer'):
-        return series.astype('boolean' if kind == 'boolean' else 'Int64')
-    if kind in ('floating', 'mixed-integer-float'):
-        return series.astype('float64')
+    if kind in INFERRED:
+        return series.astype(INFERRED[kind], copy=False)
     if kind in ('datetime', 'datetime64'):
         return pandas.to_datetime(series, utc=True)
     if kind in ('timedelta', 'timedelta64'):
@@ -326,6 +316,8 @@ def inferred(name, series):
     raise TypeError('column %r of %s values cannot be read' % (name, kind))
 
 RETURNED, RAISED, FAILED, ELSEWHERE, CLOSED = range(5)
+REASONS = {ELSEWHERE: ['the host can be called only on the thread that is inside a call'],
+           CLOSED: ['the session of this function is closed']}
 
 def connect(call_address, drop_address):
     import ctypes
@@ -347,11 +339,7 @@ class Function:
             return box.pop()
         if status == RAISED:
             raise box.pop()
-        if status == FAILED:
-            raise RuntimeError(*box)
-        if status == ELSEWHERE:
-            raise RuntimeError('the host can be called only on the thread that is inside a call')
-        raise RuntimeError('the session of this function is closed')
+        raise RuntimeError(*REASONS.get(status, box))
 
     def __del__(self):
         drop(self.id)
@@ -416,8 +404,8 @@ void defineHelpers() {
     const Owned callable(api->PyObject_GetAttrString(builtins, name));
     return Owned(api->PyObject_Call(callable, makeTuple(arguments), nullptr));
   };
-  call("exec", {call("compile", {toPython(source), toPython("<pelion_core>"), toPython("exec")}),
-                space});
+  call("exec",
+       {call("compile", {toPython(source), toPython("<pelion_core>"), toPython("exec")}), space});
   auto helper = state().helpers.begin();
   for (const char* const name : names) {
     *helper++ = Owned(api->PyObject_GetItem(space, toPython(name)));

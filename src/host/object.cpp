@@ -30,19 +30,17 @@ const PyHandle& Object::handle() const {
 }
 
 void Object::fail() const {
-  throw std::logic_error(reference_ == nullptr
-                             ? "The object is empty."
-                             : "The object belongs to a session that is closed.");
+  throw std::logic_error(reference_ == nullptr ? "The object is empty."
+                                               : "The object belongs to a session that is closed.");
 }
 
 Object Object::attr(const std::string& name) const {
-  return perform([&] {
-    return Object(Owned(api->PyObject_GetAttrString(borrowed(*this), name.c_str())));
-  });
+  return perform(
+      [&] { return Object(Owned(api->PyObject_GetAttrString(object(), name.c_str()))); });
 }
 
 bool Object::has(const std::string& name) const {
-  return perform([&] { return api->PyObject_HasAttrString(borrowed(*this), name.c_str()); });
+  return perform([&] { return api->PyObject_HasAttrString(object(), name.c_str()); });
 }
 
 Object Object::apply(const std::vector<Object>& arguments,
@@ -52,32 +50,29 @@ Object Object::apply(const std::vector<Object>& arguments,
     for (const auto& [name, value] : keywords) {
       call.addKeyword(detail::toPython(name), borrowed(value));
     }
-    return call.invoke(*this);
+    return Object(Owned(api->PyObject_Call(object(), call.tuple, call.keywords)));
   });
 }
 
 std::size_t Object::size() const {
-  return perform([&] {
-    return detail::fromPython<std::size_t>(callHelper(Helper::length, {borrowed(*this)}));
-  });
+  return perform(
+      [&] { return detail::fromPython<std::size_t>(callHelper(Helper::length, {object()})); });
 }
 
 bool Object::isNone() const {
-  return perform([&] { return detail::isNone(borrowed(*this)); });
+  return perform([&] { return detail::isNone(object()); });
 }
 
 std::string Object::str() const {
-  return perform([&] { return detail::readUtf8(callHelper(Helper::display, {borrowed(*this)})); });
+  return perform([&] { return detail::readUtf8(callHelper(Helper::display, {object()})); });
 }
 
 std::string Object::repr() const {
-  return perform(
-      [&] { return detail::readUtf8(callHelper(Helper::represent, {borrowed(*this)})); });
+  return perform([&] { return detail::readUtf8(callHelper(Helper::represent, {object()})); });
 }
 
 Object::Iterator::Iterator(const Object& object)
-    : arguments_(
-          perform([&] { return Object(callHelper(Helper::iterate, {borrowed(object)})); })) {
+    : arguments_(perform([&] { return Object(callHelper(Helper::iterate, {borrowed(object)})); })) {
   ++*this;
 }
 

@@ -12,7 +12,7 @@ namespace {
 void release(Reference& reference) {
   reference.previous->next = reference.next;
   reference.next->previous = reference.previous;
-  const Frame frame;
+  const Operation operation;
   const PyHandle handle = std::move(reference.handle);
   reference.handle.reset();  // which the move may not have done
   const Owned object(std::exchange(reference.object, nullptr));
@@ -46,10 +46,9 @@ State& state() {
 
 Lock& lock() { return state().lock; }
 
-Operation::Operation() : guard_(lock()) {}
-
-Operation::OpenSession::OpenSession() {
+Operation::Operation() : guard_(lock()) {
   if (api == nullptr) throw std::logic_error("There is no open session with a Python.");
+  api->acquireLock();
 }
 
 Reference* enlist(Owned object) {

@@ -41,12 +41,9 @@ void load(const Settings& python) {
 
 void close(State& here) {
   detail::releaseReferences();  // what their ends run may still use the session
-  here.functions.clear();
+  std::exchange(here.functions, {}).clear();
   detail::releaseReferences();  // what the functions had
-  {
-    const detail::Frame frame;
-    here.helpers = {};
-  }
+  perform([&] { here.helpers = {}; });
   here.connected = false;
   detail::api = nullptr;
   pelion_core::api::interpreter::pyClose();

@@ -11,25 +11,6 @@
 
 namespace pelion_core::host::detail {
 
-/// The C++ functions that Python has callables of. Python drops one from any of its threads; it is
-/// destroyed on a host's, since it may own objects and so need the layer's lock.
-class Functions {
- public:
-  std::size_t add(Callback function);
-  std::shared_ptr<const Callback> find(std::size_t id);
-  void drop(std::size_t id) noexcept;
-  /// Destroys what was dropped.
-  void sweep();
-  /// Drops them all.
-  void clear();
-
- private:
-  std::mutex mutex_;
-  std::size_t last_ = 0;
-  std::map<std::size_t, std::shared_ptr<const Callback>> functions_;
-  std::vector<std::shared_ptr<const Callback>> dropped_;
-};
-
 /// What a process has of this layer. Made at the first use and never destroyed: a host's static
 /// objects may outlive every other.
 struct State {
@@ -38,7 +19,12 @@ struct State {
   Reference list;          // the ends of the ring of references
   Reference* spare = nullptr;
   std::array<Owned, static_cast<std::size_t>(Helper::count)> helpers;
-  Functions functions;
+  // The C++ functions that Python has callables of. Python drops one from any of its threads; it is
+  // destroyed on a host's, since it may own objects and so need the layer's lock.
+  std::map<std::size_t, std::shared_ptr<const Callback>> functions;
+  std::size_t lastFunction = 0;
+  std::mutex dropping;
+  std::vector<std::size_t> dropped;  // by `dropping`
 
   State();
 };

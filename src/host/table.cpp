@@ -13,21 +13,13 @@ namespace conv = boost::locale::conv;
 std::string quoted(const std::string& name) { return '"' + name + '"'; }
 
 const char* nameOf(Kind kind) {
-  switch (kind) {
-    case Kind::numbers:
-      return "floating numbers";
-    case Kind::integers:
-      return "integers";
-    case Kind::booleans:
-      return "booleans";
-    case Kind::instants:
-      return "time points";
-    case Kind::durations:
-      return "durations";
-    case Kind::texts:
-      return "strings";
-  }
-  return "";
+  constexpr std::pair<Kind, const char*> names[] = {
+      {Kind::numbers, "floating numbers"}, {Kind::integers, "integers"},
+      {Kind::booleans, "booleans"},        {Kind::instants, "time points"},
+      {Kind::durations, "durations"},      {Kind::texts, "strings"}};
+  return std::find_if(std::begin(names), std::end(names),
+                      [&](const auto& each) { return each.first == kind; })
+      ->second;
 }
 
 std::size_t lengthOf(const Column& column) {
@@ -92,8 +84,7 @@ Owned viewOf(const StringArray& texts) { return makeTexts(texts); }
 Owned describe(const Column& column) {
   std::string type(1, static_cast<char>(column.kind));
   if (column.kind == Kind::instants || column.kind == Kind::durations) type += "8[us]";
-  const Owned values =
-      std::visit([](const auto& stored) { return viewOf(stored); }, column.values);
+  const Owned values = std::visit([](const auto& stored) { return viewOf(stored); }, column.values);
   return makeTuple(std::initializer_list<PyObject*>{toPython(column.name), toPython(type), values,
                                                     viewOf(column.mask)});
 }

@@ -217,9 +217,7 @@ struct Converter<T, std::enable_if_t<detail::isUtf16<T>>> {
 /// `None`.
 template <class T>
 struct Converter<T, std::enable_if_t<detail::isOneOf<T, std::nullptr_t, std::nullopt_t>>> {
-  static detail::Owned toPython(T) {
-    return detail::share(detail::helper(detail::Helper::none));
-  }
+  static detail::Owned toPython(T) { return detail::share(detail::helper(detail::Helper::none)); }
 };
 
 /// The value, or `None`.

@@ -37,8 +37,8 @@ void requireArguments(std::size_t given, std::size_t wanted);
 
 template <class Result, class... Parameters, std::size_t... positions>
 Owned call(const std::function<Result(Parameters...)>& function,
-              [[maybe_unused]] const std::vector<Owned>& arguments,
-              std::index_sequence<positions...>) {
+           [[maybe_unused]] const std::vector<Owned>& arguments,
+           std::index_sequence<positions...>) {
   std::tuple<typename Stored<std::decay_t<Parameters>>::Type...> values{
       fromPython<typename Stored<std::decay_t<Parameters>>::Type>(arguments[positions])...};
   if constexpr (std::is_void_v<Result>) {

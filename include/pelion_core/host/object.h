@@ -39,6 +39,23 @@ Keyword<T> kw(const char* name, const T& value) {
   return {name, value};
 }
 
+namespace detail {
+
+// What the members of `Object` are made of, in an operation; below.
+template <class T>
+Owned toPython(const T& value);
+template <class T>
+T fromPython(PyObject* object);
+template <class T>
+auto lent(const T& value);
+template <class Key>
+Owned item(PyObject* object, const Key& key);
+template <class... Arguments>
+Owned call(PyObject* callable, const Arguments&... arguments);
+bool readBool(PyObject* object);
+
+}  // namespace detail
+
 /// One Python object. Copies share it. Every member is one Python expression; values convert both
 /// ways as their `Converter` says, and what Python raises is thrown as `Error`. An empty object, or
 /// one of a closed session, can be destroyed and assigned; else it throws `std::logic_error`.
@@ -52,7 +69,9 @@ class Object {
   explicit Object(detail::Owned object) : reference_(detail::enlist(std::move(object))) {}
   /// Makes a Python object of a C++ value.
   template <class T>
-  static Object of(const T& value);
+  static Object of(const T& value) {
+    return detail::perform([&] { return Object(detail::toPython(value)); });
+  }
 
   /// Shares the object.
   Object(const Object& other) noexcept : reference_(other.reference_) {
@@ -87,23 +106,37 @@ class Object {
   Object attr(const std::string& name) const;
   /// `object.name = value`.
   template <class T>
-  void set(const std::string& name, const T& value) const;
+  void set(const std::string& name, const T& value) const {
+    detail::perform(
+        [&] { detail::api->PyObject_SetAttrString(object(), name.c_str(), detail::lent(value)); });
+  }
   /// `hasattr(object, name)`.
   bool has(const std::string& name) const;
 
   /// `object[key]`: a key or an index, from the end when negative.
   template <class Key>
-  Object operator[](const Key& key) const;
+  Object operator[](const Key& key) const {
+    return detail::perform([&] { return Object(detail::item(object(), key)); });
+  }
   /// `object[key] = value`.
   template <class Key, class T>
-  void setItem(const Key& key, const T& value) const;
+  void setItem(const Key& key, const T& value) const {
+    detail::perform(
+        [&] { detail::api->PyObject_SetItem(object(), detail::lent(key), detail::lent(value)); });
+  }
   /// `del object[key]`.
   template <class Key>
-  void remove(const Key& key) const;
+  void remove(const Key& key) const {
+    detail::perform([&] {
+      detail::callHelper(detail::Helper::remove, {object(), detail::lent(key)});
+    });
+  }
 
   /// `object(*arguments)`, those made by `kw` as keywords.
   template <class... Arguments>
-  Object operator()(const Arguments&... arguments) const;
+  Object operator()(const Arguments&... arguments) const {
+    return detail::perform([&] { return Object(detail::call(object(), arguments...)); });
+  }
   /// `object(*arguments, **keywords)`: a call whose arguments only running the program tells.
   Object apply(const std::vector<Object>& arguments,
                const std::map<std::string, Object>& keywords = {}) const;
@@ -112,10 +145,18 @@ class Object {
   std::size_t size() const;
   /// `value in object`.
   template <class T>
-  bool contains(const T& value) const;
+  bool contains(const T& value) const {
+    return detail::perform([&] {
+      return detail::readBool(
+          detail::callHelper(detail::Helper::contains, {object(), detail::lent(value)}));
+    });
+  }
   /// `bool(object == value)`.
   template <class T>
-  bool operator==(const T& value) const;
+  bool operator==(const T& value) const {
+    return detail::perform(
+        [&] { return detail::api->PyObject_RichCompareBool(object(), detail::lent(value)); });
+  }
   /// `bool(object == value)`, negated.
   template <class T>
   bool operator!=(const T& value) const {
@@ -134,7 +175,9 @@ class Object {
   /// The value as C++ has it: `object.as<double>()`. Throws `Error` when it is of another kind
   /// (`TypeError`), does not fit (`OverflowError`) or has the wrong length (`ValueError`).
   template <class T>
-  T as() const;
+  T as() const {
+    return detail::perform([&] { return detail::fromPython<T>(object()); });
+  }
 
   class Iterator;
   /// `iter(object)`: `for (Object item : object)`.
@@ -143,6 +186,7 @@ class Object {
   Iterator end() const;
 
  private:
+  PyObject* object() const { return toPyObject(get()); }
   [[noreturn]] void fail() const;
 
   detail::Reference* reference_ = nullptr;
@@ -227,8 +271,9 @@ Owned item(PyObject* object, const Key& key) {
 template <class T, class = void>
 inline constexpr bool readsBorrowed = false;
 template <class T>
-inline constexpr bool readsBorrowed<
-    T, std::void_t<decltype(Converter<T>::fromPython(std::declval<PyObject*>()))>> = true;
+inline constexpr bool
+    readsBorrowed<T, std::void_t<decltype(Converter<T>::fromPython(std::declval<PyObject*>()))>> =
+        true;
 
 /// A Python object read as a C++ value. In an operation.
 template <class T>
@@ -265,75 +310,17 @@ struct Call {
     if (keywords == nullptr) keywords = Owned(api->PyDict_New());
     api->PyObject_SetItem(keywords, name, value);
   }
-  Object invoke(const Object& callable) const {
-    return Object(Owned(api->PyObject_Call(borrowed(callable), tuple, keywords)));
-  }
 };
 
-}  // namespace detail
-
-template <class T>
-Object Object::of(const T& value) {
-  return detail::perform([&] { return Object(detail::toPython(value)); });
-}
-
-template <class T>
-void Object::set(const std::string& name, const T& value) const {
-  detail::perform([&] {
-    detail::api->PyObject_SetAttrString(detail::borrowed(*this), name.c_str(),
-                                        detail::lent(value));
-  });
-}
-
-template <class Key>
-Object Object::operator[](const Key& key) const {
-  return detail::perform([&] { return Object(detail::item(detail::borrowed(*this), key)); });
-}
-
-template <class Key, class T>
-void Object::setItem(const Key& key, const T& value) const {
-  detail::perform([&] {
-    detail::api->PyObject_SetItem(detail::borrowed(*this), detail::lent(key),
-                                  detail::lent(value));
-  });
-}
-
-template <class Key>
-void Object::remove(const Key& key) const {
-  detail::perform([&] {
-    detail::callHelper(detail::Helper::remove, {detail::borrowed(*this), detail::lent(key)});
-  });
-}
-
+/// `callable(*arguments)`, those made by `kw` as keywords.
 template <class... Arguments>
-Object Object::operator()(const Arguments&... arguments) const {
-  return detail::perform([&] {
-    constexpr std::int64_t positional = (0 + ... + (detail::isKeyword<Arguments> ? 0 : 1));
-    detail::Call call{detail::Owned(detail::api->PyTuple_New(positional))};
-    (call.add(arguments), ...);
-    return call.invoke(*this);
-  });
+Owned call(PyObject* callable, const Arguments&... arguments) {
+  Call all{Owned(api->PyTuple_New((0 + ... + (isKeyword<Arguments> ? 0 : 1))))};
+  (all.add(arguments), ...);
+  return Owned(api->PyObject_Call(callable, all.tuple, all.keywords));
 }
 
-template <class T>
-bool Object::contains(const T& value) const {
-  return detail::perform([&] {
-    return detail::fromPython<bool>(detail::callHelper(
-        detail::Helper::contains, {detail::borrowed(*this), detail::lent(value)}));
-  });
-}
-
-template <class T>
-bool Object::operator==(const T& value) const {
-  return detail::perform([&] {
-    return detail::api->PyObject_RichCompareBool(detail::borrowed(*this), detail::lent(value));
-  });
-}
-
-template <class T>
-T Object::as() const {
-  return detail::perform([&] { return detail::fromPython<T>(detail::borrowed(*this)); });
-}
+}  // namespace detail
 
 inline Object::Iterator Object::begin() const { return Iterator(*this); }
 inline Object::Iterator Object::end() const { return Iterator(); }

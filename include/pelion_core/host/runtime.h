@@ -56,28 +56,17 @@ class Lock {
 /// The one lock of the process.
 Lock& lock();
 
-/// Holds the interpreter's lock, while a session is open and the layer's lock is held.
-struct Frame {
-  Frame() { api->acquireLock(); }
-  ~Frame() { api->releaseLock(); }
-  Frame(const Frame&) = delete;
-  Frame& operator=(const Frame&) = delete;
-};
-
 /// An operation on Python: holds the layer's lock and the interpreter's. Throws
 /// `std::logic_error` when no session is open.
 class Operation {
  public:
   Operation();
+  ~Operation() { api->releaseLock(); }
+  Operation(const Operation&) = delete;
+  Operation& operator=(const Operation&) = delete;
 
  private:
-  /// Between the two locks: the interpreter's is there only while a session is open.
-  struct OpenSession {
-    OpenSession();
-  };
   std::lock_guard<Lock> guard_;
-  OpenSession session_;
-  Frame frame_;
 };
 
 /// Owns one reference to an object, in an operation. Costs no control block, as a handle does.
@@ -150,44 +139,27 @@ Owned makeTuple(const Items& items) {
   return tuple;
 }
 
-/// The functions of the layer that are written in Python, and builtins that it calls.
-enum class Helper {
-  none,
-  append,
-  find,
-  evaluate,
-  run,
-  describe,
-  iterate,
-  next,
-  end,
-  length,
-  contains,
-  remove,
-  represent,
-  display,
-  truth,
-  index,
-  list,
-  set,
-  items,
-  makeDuration,
-  durationOf,
-  makeInstant,
-  instantOf,
-  block,
-  ndarray,
-  splitTexts,
-  joinTexts,
-  textArray,
-  textsOf,
-  frame,
-  columns,
-  makeFunction,
-  connect,
-  redirect,
-  count  ///< how many there are
-};
+/// The functions of the layer that are written in Python, and builtins that it calls: the names in
+/// C++ and there.
+// clang-format off
+#define PELION_CORE_HELPERS(X)                                                                   \
+  X(none, "none")               X(append, "append")            X(find, "find")                   \
+  X(evaluate, "evaluate")       X(run, "run")                  X(describe, "describe")           \
+  X(iterate, "iterate")         X(next, "next")                X(end, "end")                     \
+  X(length, "len")              X(contains, "contains")        X(remove, "delitem")              \
+  X(represent, "represent")     X(display, "display")          X(truth, "truth")                 \
+  X(index, "index")             X(list, "items_of")            X(items, "pairs_of")              \
+  X(set, "set")                 X(block, "block")              X(ndarray, "ndarray")             \
+  X(makeDuration, "make_duration") X(durationOf, "duration_of") X(makeInstant, "make_instant")   \
+  X(instantOf, "instant_of")    X(splitTexts, "split_texts")   X(joinTexts, "join_texts")        \
+  X(textArray, "text_array")    X(textsOf, "texts_of")         X(frame, "frame")                 \
+  X(columns, "columns")         X(makeFunction, "Function")    X(connect, "connect")             \
+  X(redirect, "redirect")
+
+#define PELION_CORE_ENUMERATOR(name, python) name,
+enum class Helper { PELION_CORE_HELPERS(PELION_CORE_ENUMERATOR) count };
+#undef PELION_CORE_ENUMERATOR
+// clang-format on
 
 /// The function itself, of the open session.
 PyObject* helper(Helper name);
