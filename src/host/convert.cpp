@@ -32,24 +32,26 @@ void wrongLength(std::size_t found, std::size_t wanted) {
               std::to_string(found) + " items where " + std::to_string(wanted) + " are wanted");
 }
 
-std::int64_t readSigned(PyObject* object) {
-  if (!api->PyLong_Check(object)) return readSigned(callHelper(Helper::index, {object}));
-  const std::int64_t value = api->PyLong_AsLongLong(object);
-  if (value == perhapsFailed) throwPending();
-  return value;
+void read(PyObject* object, bool& value) {
+  if (!api->PyBool_Check(object)) return read(callHelper(Helper::truth, {object}), value);
+  value = api->PyObject_IsTrue(object);
 }
 
-std::uint64_t readUnsigned(PyObject* object) {
-  if (!api->PyLong_Check(object)) return readUnsigned(callHelper(Helper::index, {object}));
-  const std::uint64_t value = api->PyLong_AsUnsignedLongLong(object);
+void read(PyObject* object, std::int64_t& value) {
+  if (!api->PyLong_Check(object)) return read(callHelper(Helper::index, {object}), value);
+  value = api->PyLong_AsLongLong(object);
+  if (value == perhapsFailed) throwPending();
+}
+
+void read(PyObject* object, std::uint64_t& value) {
+  if (!api->PyLong_Check(object)) return read(callHelper(Helper::index, {object}), value);
+  value = api->PyLong_AsUnsignedLongLong(object);
   if (value == static_cast<std::uint64_t>(perhapsFailed)) throwPending();
-  return value;
 }
 
-double readDouble(PyObject* object) {
-  const double value = api->PyFloat_AsDouble(object);
+void read(PyObject* object, double& value) {
+  value = api->PyFloat_AsDouble(object);
   if (value == perhapsFailed) throwPending();
-  return value;
 }
 
 std::complex<double> readComplex(PyObject* object) {
@@ -57,11 +59,6 @@ std::complex<double> readComplex(PyObject* object) {
                                    api->PyComplex_ImagAsDouble(object));
   if (value.real() == perhapsFailed || value.imag() == perhapsFailed) throwPending();
   return value;
-}
-
-bool readBool(PyObject* object) {
-  if (!api->PyBool_Check(object)) return readBool(callHelper(Helper::truth, {object}));
-  return api->PyObject_IsTrue(object);
 }
 
 std::string readUtf8(PyObject* object) {

@@ -20,6 +20,12 @@ from operator import contains, delitem, index
 none = None
 append = list.append
 
+class Modules:
+    def __getattr__(self, name):
+        setattr(self, name, importlib.import_module(name))
+        return getattr(self, name)
+
+lib = Modules()
 HERE = '<pelion_core>'
 end = object()
 
@@ -79,7 +85,6 @@ def name_of(cls):
     return '%s.%s' % (cls.__module__, cls.__qualname__)
 
 def describe(value, trace):
-    import traceback
     if trace is not None:
         value = value.with_traceback(trace)
     trace = value.__traceback__
@@ -89,7 +94,7 @@ def describe(value, trace):
         message = display(value)
     except Exception:
         message = '<unprintable %s object>' % type(value).__name__
-    lines = traceback.format_exception(type(value), value, trace)
+    lines = lib.traceback.format_exception(type(value), value, trace)
     classes = [name_of(cls) for cls in type(value).__mro__[:-1]]
     return name_of(type(value)), message, escaped(''.join(lines)), classes
 
@@ -112,30 +117,26 @@ def pairs_of(value):
     return list(value.items())
 
 def make_duration(count):
-    import datetime
-    return datetime.timedelta(microseconds=count)
+    return lib.datetime.timedelta(microseconds=count)
 
 def duration_of(value):
-    import datetime
-    if isinstance(value, datetime.timedelta):
+    if isinstance(value, lib.datetime.timedelta):
         return (value.days * 86400 + value.seconds) * 1000000 + value.microseconds
     return numpy_count(value, 'm', 'a duration')
 
 def epoch():
-    import datetime
-    return datetime.datetime(1970, 1, 1, tzinfo=datetime.timezone.utc)
+    return lib.datetime.datetime(1970, 1, 1, tzinfo=lib.datetime.timezone.utc)
 
 def make_instant(count):
     return epoch() + make_duration(count)
 
 def instant_of(value):
-    import datetime
-    if not isinstance(value, datetime.datetime):
+    if not isinstance(value, lib.datetime.datetime):
         return numpy_count(value, 'M', 'a date with its time')
     if value != value:
         raise ValueError('not-a-time has no value')
     if value.tzinfo is None:
-        value = value.replace(tzinfo=datetime.timezone.utc)
+        value = value.replace(tzinfo=lib.datetime.timezone.utc)
     return duration_of(value - epoch())
 
 ATTOSECONDS = {'as': 1, 'fs': 10 ** 3, 'ps': 10 ** 6, 'ns': 10 ** 9, 'us': 10 ** 12, 'ms': 10 ** 15,
@@ -147,43 +148,40 @@ def numpy_count(value, kind, wanted):
         refuse(value, wanted)
     if value != value:
         raise ValueError('not-a-time has no value')
-    import numpy
-    if kind == 'M' and numpy.datetime_data(value.dtype)[0] in 'YM':
+    if kind == 'M' and lib.numpy.datetime_data(value.dtype)[0] in 'YM':
         value = value.astype('M8[D]')
-    unit, step = numpy.datetime_data(value.dtype)
+    unit, step = lib.numpy.datetime_data(value.dtype)
     if unit not in ATTOSECONDS:
         refuse(value, wanted + ' of a known length')
     return int(value.astype('i8')) * step * ATTOSECONDS[unit] // 10 ** 12
 
 def block(value, code):
-    import array
     value = getattr(value, 'to_numpy', lambda: value)()
-    numpy = sys.modules.get('numpy')
-    if numpy is not None and isinstance(value, (numpy.ndarray, numpy.generic)):
-        value = numpy.asarray(value)
+    if 'numpy' in sys.modules and isinstance(value, (lib.numpy.ndarray, lib.numpy.generic)):
+        value = lib.numpy.asarray(value)
         if value.dtype.kind in 'biuf':
-            return numpy_block(numpy, value, numpy.dtype(code))
+            return numpy_block(value, lib.numpy.dtype(code))
         value = value.ravel('F').tolist()
-    if type(value) is not array.array or not same_kind(value, array.array(code)):
-        value = array_of(array, value, code)
+    if type(value) is not lib.array.array or not same_kind(value, lib.array.array(code)):
+        value = array_of(value, code)
     address, count = value.buffer_info()
     return value, address, count, (count,)
 
-def numpy_block(numpy, value, wanted):
+def numpy_block(value, wanted):
     flat = value.ravel('F')
     if value.dtype != wanted:
         if value.dtype.kind == 'f' and wanted.kind != 'f':
             raise TypeError('an array of %s is not one of integers' % value.dtype)
-        with numpy.errstate(all='ignore'):
+        with lib.numpy.errstate(all='ignore'):
             cast = flat.astype(wanted)
         if wanted.kind == 'f':
-            fits = (numpy.isfinite(cast) | ~numpy.isfinite(flat)).all()
+            fits = (lib.numpy.isfinite(cast) | ~lib.numpy.isfinite(flat)).all()
         else:
             fits = ((cast == flat) & ((cast < 0) == (flat < 0))).all()
         if not fits:
             raise OverflowError('an array of %s does not fit %s' % (value.dtype, wanted))
         flat = cast
-    flat = numpy.ascontiguousarray(flat)
+    flat = lib.numpy.require(flat, requirements='CA')
     return flat, flat.__array_interface__['data'][0], flat.size, value.shape
 
 def same_kind(left, right):
@@ -191,39 +189,38 @@ def same_kind(left, right):
              for a in (left, right)]
     return kinds[0] == kinds[1] and left.typecode not in 'uw'
 
-def array_of(array, value, code):
+def array_of(value, code):
     if isinstance(value, str):
         refuse(value, 'a sequence of numbers')
     if isinstance(value, (bytes, bytearray, memoryview)):
         view = memoryview(value)
         if code == view.format == 'B':
-            return array.array(code, view.tobytes())
+            return lib.array.array(code, view.tobytes())
         value = view.tolist()
     if code != 'f':
-        return array.array(code, value)
-    exact = array.array('d', value)
-    result = array.array(code, exact)
+        return lib.array.array(code, value)
+    exact = lib.array.array('d', value)
+    result = lib.array.array(code, exact)
     for narrow, wide in zip(result, exact):
         if narrow - narrow != 0 and wide - wide == 0:
             raise OverflowError('%r does not fit a float of 32 bits' % wide)
     return result
 
 def ndarray(view, code, shape):
-    import numpy
-    if len(view) == 0:
-        return numpy.empty(shape, code, 'F').reshape(shape)
-    return numpy.frombuffer(view, code).reshape(shape, order='F').copy('F')
+    values = lib.numpy.frombuffer(view, code) if len(view) else lib.numpy.empty(0, code)
+    return values.reshape(shape, order='F').copy('F')
 
-def split_texts(joined, separator, count, missing):
-    texts = joined.split(separator) if count else []
+def split_texts(texts, missing):
+    if isinstance(texts, str):
+        texts = texts.split('\0')
+        texts.pop()
     for position in missing:
         texts[position] = None
     return texts
 
-def join_texts(texts):
-    is_missing = getattr(sys.modules.get('pandas'), 'isna', lambda texts: texts != texts)
-    missing = []
-    texts = texts.tolist()
+def join_texts(values):
+    is_missing = getattr(sys.modules.get('pandas'), 'isna', lambda text: text != text)
+    texts, missing = values.tolist() + [''], []
     try:
         joined = '\0'.join(texts)
     except TypeError:
@@ -232,46 +229,39 @@ def join_texts(texts):
                 texts[i] = ''
                 missing.append(i)
         joined = '\0'.join(texts)
-    separator = '\0'
-    if joined.count(separator) >= max(len(texts), 1):
-        separator = next(chr(i) for i in range(1, 0xD800) if chr(i) not in joined)
-        joined = separator.join(texts)
-    return joined, separator, len(texts), missing
+    texts.pop()
+    return joined if joined.count('\0') == len(texts) else None, len(texts), missing, texts
 
 def text_array(texts, shape):
-    import numpy
     # NumPy's own type for texts has no missing ones, and drops zeros at the end.
     exact = all(text is not None and text[-1:] != '\0' for text in texts)
-    return numpy.array(texts, str if exact else object).reshape(shape, order='F')
+    return lib.numpy.array(texts, str if exact else object).reshape(shape, order='F')
 
 def texts_of(value):
-    import numpy
     if isinstance(value, str):
         refuse(value, 'an array of texts')
-    value = numpy.asarray(value)
+    value = lib.numpy.asarray(value)
     return value.ravel('F').astype(object), value.shape
 
 def frame(columns):
-    import numpy, pandas
     data = {}
     for name, kind, values, mask in columns:
         if kind == 's':
-            data[name] = numpy.array(values, object)
+            data[name] = lib.numpy.array(values, object)
             continue
-        values = numpy.frombuffer(values, kind).copy() if len(values) else numpy.empty(0, kind)
+        values = ndarray(values, kind, -1)
         if len(mask):
-            make = pandas.arrays.BooleanArray if kind == '?' else pandas.arrays.IntegerArray
-            values = make(values, numpy.frombuffer(mask, '?').copy())
+            make = lib.pandas.arrays.BooleanArray if kind == '?' else lib.pandas.arrays.IntegerArray
+            values = make(values, ndarray(mask, '?', -1))
         data[name] = values
-    return pandas.DataFrame(data, copy=False)
+    return lib.pandas.DataFrame(data, copy=False)
 
 def columns(frame):
-    import pandas
-    if isinstance(frame, pandas.Series):
+    if isinstance(frame, lib.pandas.Series):
         frame = frame.to_frame()
-    if not isinstance(frame, pandas.DataFrame):
+    if not isinstance(frame, lib.pandas.DataFrame):
         refuse(frame, 'a pandas DataFrame')
-    if type(frame.index) is not pandas.RangeIndex or frame.index.name is not None:
+    if type(frame.index) is not lib.pandas.RangeIndex or frame.index.name is not None:
         frame = frame.reset_index()
     return [column(str(label), series) for label, series in frame.items()]
 
@@ -281,23 +271,22 @@ KINDS = {'b': ('?', 'B', 'bool', False), 'i': ('q', 'q', 'int64', 0),
          'u': ('q', 'q', 'uint64', 0), 'f': ('d', 'd', 'float64', float('nan'))}
 
 def column(name, series):
-    import numpy, pandas
-    if isinstance(series.dtype, pandas.CategoricalDtype):
+    if isinstance(series.dtype, lib.pandas.CategoricalDtype):
         series = series.astype(object)
     if series.dtype == object:
         series = inferred(name, series)
     dtype = series.dtype
     if dtype.kind in KINDS:
         kind, code, exact, filler = KINDS[dtype.kind]
-        if isinstance(dtype, numpy.dtype):
+        if isinstance(dtype, lib.numpy.dtype):
             return name, kind, block(series, code), None
         mask = block(series.isna().to_numpy(bool), 'B')
         return name, kind, block(series.to_numpy(exact, na_value=filler), code), mask
-    if dtype.kind == 'M' and not isinstance(dtype, numpy.dtype):
+    if dtype.kind == 'M' and not isinstance(dtype, lib.numpy.dtype):
         series = series.dt.tz_convert('UTC').dt.tz_localize(None)
     if dtype.kind in 'Mm':
         return name, dtype.kind, block(series.to_numpy(dtype.kind + '8[us]').view('i8'), 'q'), None
-    if pandas.api.types.is_string_dtype(dtype):
+    if lib.pandas.api.types.is_string_dtype(dtype):
         return name, 's', series.to_numpy(object), len(series)
     raise TypeError('column %r of %s cannot be read' % (name, dtype))
 
@@ -305,14 +294,13 @@ INFERRED = {'boolean': 'boolean', 'integer': 'Int64', 'floating': 'float64',
             'mixed-integer-float': 'float64', 'string': object, 'empty': object}
 
 def inferred(name, series):
-    import pandas
-    kind = pandas.api.types.infer_dtype(series, skipna=True)
+    kind = lib.pandas.api.types.infer_dtype(series, skipna=True)
     if kind in INFERRED:
         return series.astype(INFERRED[kind], copy=False)
     if kind in ('datetime', 'datetime64'):
-        return pandas.to_datetime(series, utc=True)
+        return lib.pandas.to_datetime(series, utc=True)
     if kind in ('timedelta', 'timedelta64'):
-        return pandas.to_timedelta(series)
+        return lib.pandas.to_timedelta(series)
     raise TypeError('column %r of %s values cannot be read' % (name, kind))
 
 RETURNED, RAISED, FAILED, ELSEWHERE, CLOSED = range(5)
@@ -320,11 +308,10 @@ REASONS = {ELSEWHERE: ['the host can be called only on the thread that is inside
            CLOSED: ['the session of this function is closed']}
 
 def connect(call_address, drop_address):
-    import ctypes
     global call, drop
-    call = ctypes.PYFUNCTYPE(ctypes.c_int, ctypes.c_size_t, ctypes.py_object, ctypes.py_object)(
-        call_address)
-    drop = ctypes.PYFUNCTYPE(None, ctypes.c_size_t)(drop_address)
+    make, size, value = lib.ctypes.PYFUNCTYPE, lib.ctypes.c_size_t, lib.ctypes.py_object
+    call = make(lib.ctypes.c_int, size, value, value)(call_address)
+    drop = make(None, size)(drop_address)
 
 class Function:
     __slots__ = ('id', '__weakref__')
@@ -352,7 +339,6 @@ def deliver(receive):
         receive(*waiting.pop(0))
 
 def redirect(receive):
-    import io
     while outputs:
         old, new = outputs.pop()
         for name in old:
@@ -360,14 +346,13 @@ def redirect(receive):
             setattr(sys, name, old[name])
     if receive is None:
         return
-    import _thread
 
-    class Output(io.TextIOBase):
+    class Output(lib.io.TextIOBase):
         encoding = 'utf-8'
         errors = 'backslashreplace'
 
         def __init__(self, is_error):
-            self.lock = _thread.RLock()
+            self.lock = lib._thread.RLock()
             self.partial = ''
             self.is_error = is_error
 

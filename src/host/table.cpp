@@ -1,7 +1,6 @@
 #include "pelion_core/host/table.h"
 
 #include <algorithm>
-#include <bitset>
 #include <boost/locale/encoding_utf.hpp>
 
 namespace pelion_core::host {
@@ -26,51 +25,40 @@ std::size_t lengthOf(const Column& column) {
   return std::visit([](const auto& values) { return values.size(); }, column.values);
 }
 
-// A character that stands in none of the texts.
-char16_t separatorOf(const StringArray& texts) {
-  std::bitset<0xD800> used;
-  for (const Text& each : texts.elements()) {
-    if (each.isMissing()) continue;
-    for (const char16_t c : each.text()) {
-      if (c < used.size()) used.set(c);
-    }
-  }
-  char16_t separator = 0;
-  while (separator < used.size() && used.test(separator)) ++separator;
-  if (separator == used.size()) throw std::overflow_error("texts that use every character");
-  return separator;
-}
-
-// A list of texts crosses as one text, which Python splits: making a thousand objects there is
-// one call instead of a thousand.
+// A list of texts crosses as one text, each with a zero behind it, which Python splits: making a
+// thousand objects there is one call instead of a thousand. Texts that have zeros cross one by one.
 Owned makeTexts(const StringArray& texts) {
-  const char16_t separator = separatorOf(texts);
   std::u16string joined;
   std::vector<std::size_t> missing;
   for (std::size_t i = 0; i < texts.size(); ++i) {
-    if (i != 0) joined += separator;
     if (texts[i].isMissing()) {
       missing.push_back(i);
     } else {
       joined += texts[i].text();
     }
+    joined += u'\0';
   }
-  return callHelper(Helper::splitTexts, {makeUtf16(joined), makeUtf16({separator}),
-                                         toPython(texts.size()), toPython(missing)});
+  const auto zeros = static_cast<std::size_t>(std::count(joined.begin(), joined.end(), u'\0'));
+  const Owned all = zeros == texts.size() ? makeUtf16(joined) : toPython(texts.texts());
+  return callHelper(Helper::splitTexts, {all, toPython(missing)});
 }
 
-StringArray readTexts(PyObject* list, std::vector<std::size_t> shape) {
-  using Parts = std::tuple<std::u16string, std::u16string, std::size_t, std::vector<std::size_t>>;
-  const auto [joined, separator, count, missing] =
-      fromPython<Parts>(callHelper(Helper::joinTexts, {list}));
-  std::vector<Text> texts(count);
-  std::size_t start = 0;
-  for (Text& each : texts) {
-    const std::size_t end = std::min(joined.find(separator, start), joined.size());
-    each = joined.substr(start, end - start);
-    start = end + 1;
+StringArray readTexts(PyObject* array, std::vector<std::size_t> shape) {
+  const std::vector<Owned> parts = readItems(callHelper(Helper::joinTexts, {array}));
+  std::vector<Text> texts(fromPython<std::size_t>(parts[1]));
+  if (isNone(parts[0])) {
+    auto text = texts.begin();
+    eachFromPython<std::u16string>(parts[3], [&](std::u16string each) { *text++ = each; });
+  } else {
+    const std::u16string joined = readUtf16(parts[0]);
+    std::size_t start = 0;
+    for (Text& each : texts) {
+      const std::size_t end = joined.find(u'\0', start);
+      each = joined.substr(start, end - start);
+      start = end + 1;
+    }
   }
-  for (const std::size_t position : missing) texts[position] = Text();
+  eachFromPython<std::size_t>(parts[2], [&](std::size_t position) { texts[position] = Text(); });
   return StringArray(std::move(texts), std::move(shape));
 }
 

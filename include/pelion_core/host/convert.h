@@ -53,17 +53,25 @@ template <class T, class = void>
 inline constexpr bool isMap = false;
 template <class T>
 inline constexpr bool isMap<T, std::void_t<typename T::mapped_type>> = hasKeys<T>;
+template <class T>
+inline constexpr bool isList = false;
+template <class T>
+inline constexpr bool isList<std::vector<T>> = !isNumber<T>;
 
 /// Throws the `OverflowError` of a value that does not fit.
 [[noreturn]] void doesNotFit(PyObject* value, const std::string& type);
 /// Throws the `ValueError` of a wrong length.
 [[noreturn]] void wrongLength(std::size_t found, std::size_t wanted);
 
-std::int64_t readSigned(PyObject* object);
-std::uint64_t readUnsigned(PyObject* object);
-double readDouble(PyObject* object);
+inline Owned made(bool value) { return Owned(api->PyBool_FromLong(value)); }
+inline Owned made(std::int64_t value) { return Owned(api->PyLong_FromLongLong(value)); }
+inline Owned made(std::uint64_t value) { return Owned(api->PyLong_FromUnsignedLongLong(value)); }
+inline Owned made(double value) { return Owned(api->PyFloat_FromDouble(value)); }
+void read(PyObject* object, bool& value);
+void read(PyObject* object, std::int64_t& value);
+void read(PyObject* object, std::uint64_t& value);
+void read(PyObject* object, double& value);
 std::complex<double> readComplex(PyObject* object);
-bool readBool(PyObject* object);
 std::string readUtf8(PyObject* object);
 std::u16string readUtf16(PyObject* object);
 Owned makeUtf16(const std::u16string& text);
@@ -71,11 +79,16 @@ Owned makeUtf16(const std::u16string& text);
 std::vector<Owned> readItems(PyObject* iterable);
 bool isNone(PyObject* object);
 
-/// A floating value in a narrower type: infinities and NaN as they are, no new infinity.
-template <class T>
-T narrowed(double value, PyObject* object) {
+/// A number in a narrower type: infinities and NaN as they are, no new infinity.
+template <class T, class Wide>
+T narrowed(Wide value, PyObject* object) {
   const T result = static_cast<T>(value);
-  if (result - result != 0 && value - value == 0) doesNotFit(object, "a float of 32 bits");
+  if constexpr (std::is_floating_point_v<T>) {
+    if (result - result != 0 && value - value == 0) doesNotFit(object, "a float of 32 bits");
+  } else if (static_cast<Wide>(result) != value) {
+    doesNotFit(object, std::string(std::is_signed_v<T> ? "a signed" : "an unsigned") +
+                           " integer of " + std::to_string(8 * sizeof(T)) + " bits");
+  }
   return result;
 }
 
@@ -128,51 +141,24 @@ std::optional<T> fromMicroseconds(std::int64_t count) {
 
 }  // namespace detail
 
-/// `True`, `False`. Reads a `bool` or a NumPy one, nothing else.
-template <>
-struct Converter<bool> {
-  static detail::Owned toPython(bool value) {
-    return detail::Owned(detail::api->PyBool_FromLong(value));
-  }
-  static bool fromPython(PyObject* object) { return detail::readBool(object); }
-};
-
-/// An `int`. Reads what is an integer to Python (`operator.index`) and fits.
+/// `bool`: `True`, `False`. Reads a `bool` or a NumPy one, nothing else. Integers: an `int`. Reads
+/// what is an integer to Python (`operator.index`) and fits. Floating numbers: a `float`. Reads
+/// anything with `__float__` or `__index__`, so no strings.
 template <class T>
-struct Converter<T, std::enable_if_t<detail::isInteger<T>>> {
-  static detail::Owned toPython(T value) {
-    if constexpr (std::is_signed_v<T>) {
-      return detail::Owned(detail::api->PyLong_FromLongLong(value));
-    } else {
-      return detail::Owned(detail::api->PyLong_FromUnsignedLongLong(value));
-    }
-  }
+struct Converter<T, std::enable_if_t<std::is_floating_point_v<T> || detail::isInteger<T> ||
+                                     std::is_same_v<T, bool>>> {
+  static detail::Owned toPython(T value) { return detail::made(static_cast<Wide>(value)); }
   static T fromPython(PyObject* object) {
-    using Wide = std::conditional_t<std::is_signed_v<T>, std::int64_t, std::uint64_t>;
-    const Wide value = [&]() -> Wide {
-      if constexpr (std::is_signed_v<T>) {
-        return detail::readSigned(object);
-      } else {
-        return detail::readUnsigned(object);
-      }
-    }();
-    if (value != static_cast<Wide>(static_cast<T>(value))) {
-      detail::doesNotFit(object, std::string(std::is_signed_v<T> ? "a signed" : "an unsigned") +
-                                     " integer of " + std::to_string(8 * sizeof(T)) + " bits");
-    }
-    return static_cast<T>(value);
+    Wide value{};
+    detail::read(object, value);
+    return detail::narrowed<T>(value, object);
   }
-};
 
-/// A `float`. Reads anything with `__float__` or `__index__`, so no strings.
-template <class T>
-struct Converter<T, std::enable_if_t<std::is_floating_point_v<T>>> {
-  static detail::Owned toPython(T value) {
-    return detail::Owned(detail::api->PyFloat_FromDouble(static_cast<double>(value)));
-  }
-  static T fromPython(PyObject* object) {
-    return detail::narrowed<T>(detail::readDouble(object), object);
-  }
+ private:
+  using Wide = std::conditional_t<
+      std::is_floating_point_v<T>, double,
+      std::conditional_t<std::is_same_v<T, bool>, bool,
+                         std::conditional_t<std::is_signed_v<T>, std::int64_t, std::uint64_t>>>;
 };
 
 /// A `complex`. Reads every number.
@@ -232,16 +218,33 @@ struct Converter<std::optional<T>> {
   }
 };
 
-/// A `list`. Reads every iterable but texts. Vectors of numbers are blocks: see block.h.
-template <class T>
-struct Converter<std::vector<T>, std::enable_if_t<!detail::isNumber<T>>> {
-  static detail::Owned toPython(const std::vector<T>& values) {
-    const detail::Owned items = detail::makeTuple(detail::eachToPython(values));
-    return detail::Owned(detail::api->PySequence_List(items));
+/// Vectors: a `list`, but of numbers a block, see block.h; sets: a `set`. Read every iterable but
+/// texts. Maps: a `dict`. Read every mapping.
+template <class Container>
+struct Converter<Container,
+                 std::enable_if_t<detail::isList<Container> || detail::hasKeys<Container>>> {
+  static detail::Owned toPython(const Container& values) {
+    if constexpr (detail::isMap<Container>) {
+      detail::Owned dict(detail::api->PyDict_New());
+      for (const auto& [key, value] : values) {
+        detail::api->PyObject_SetItem(dict, detail::lent(key), detail::lent(value));
+      }
+      return dict;
+    } else {
+      const detail::Owned items = detail::makeTuple(detail::eachToPython(values));
+      if (detail::hasKeys<Container>) return detail::callHelper(detail::Helper::set, {items});
+      return detail::Owned(detail::api->PySequence_List(items));
+    }
   }
-  static std::vector<T> fromPython(PyObject* object) {
-    std::vector<T> values;
-    detail::eachFromPython<T>(object, [&](T value) { values.push_back(std::move(value)); });
+  static Container fromPython(PyObject* object) {
+    Container values;
+    const auto add = [&](auto value) { values.insert(values.end(), std::move(value)); };
+    if constexpr (detail::isMap<Container>) {
+      using Item = std::pair<typename Container::key_type, typename Container::mapped_type>;
+      detail::eachFromPython<Item>(detail::callHelper(detail::Helper::items, {object}), add);
+    } else {
+      detail::eachFromPython<typename Container::value_type>(object, add);
+    }
     return values;
   }
 };
@@ -289,40 +292,6 @@ template <class First, class Second>
 struct Converter<std::pair<First, Second>>
     : detail::TupleConverter<std::pair<First, Second>, First, Second> {};
 
-/// Maps: a `dict`. Reads every mapping.
-template <class Map>
-struct Converter<Map, std::enable_if_t<detail::isMap<Map>>> {
-  static detail::Owned toPython(const Map& map) {
-    detail::Owned dict(detail::api->PyDict_New());
-    for (const auto& [key, value] : map) {
-      detail::api->PyObject_SetItem(dict, detail::toPython(key), detail::toPython(value));
-    }
-    return dict;
-  }
-  static Map fromPython(PyObject* object) {
-    using Item = std::pair<typename Map::key_type, typename Map::mapped_type>;
-    Map map;
-    detail::eachFromPython<Item>(detail::callHelper(detail::Helper::items, {object}),
-                                 [&](Item item) { map.insert(std::move(item)); });
-    return map;
-  }
-};
-
-/// Sets: a `set`. Reads every iterable but texts.
-template <class Set>
-struct Converter<Set, std::enable_if_t<detail::hasKeys<Set> && !detail::isMap<Set>>> {
-  static detail::Owned toPython(const Set& values) {
-    return detail::callHelper(detail::Helper::set,
-                              {detail::makeTuple(detail::eachToPython(values))});
-  }
-  static Set fromPython(PyObject* object) {
-    Set values;
-    using T = typename Set::value_type;
-    detail::eachFromPython<T>(object, [&](T value) { values.insert(std::move(value)); });
-    return values;
-  }
-};
-
 /// A duration is a `datetime.timedelta`, rounded down to its microseconds; it is read from one, and
 /// from NumPy's. A time point is a `datetime.datetime` in UTC; it is read from one of any time
 /// zone, and from NumPy's; without a time zone it is taken as UTC.
@@ -332,8 +301,8 @@ struct Converter<T, std::enable_if_t<detail::isDuration<T> || detail::isInstant<
     return detail::callHelper(make, {detail::toPython(detail::toMicroseconds(value))});
   }
   static T fromPython(PyObject* object) {
-    const auto value =
-        detail::fromMicroseconds<T>(detail::readSigned(detail::callHelper(read, {object})));
+    const detail::Owned count = detail::callHelper(read, {object});
+    const auto value = detail::fromMicroseconds<T>(detail::fromPython<std::int64_t>(count));
     if (!value) detail::doesNotFit(object, "the unit of the duration");
     return *value;
   }

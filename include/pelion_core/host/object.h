@@ -52,7 +52,6 @@ template <class Key>
 Owned item(PyObject* object, const Key& key);
 template <class... Arguments>
 Owned call(PyObject* callable, const Arguments&... arguments);
-bool readBool(PyObject* object);
 
 }  // namespace detail
 
@@ -147,7 +146,7 @@ class Object {
   template <class T>
   bool contains(const T& value) const {
     return detail::perform([&] {
-      return detail::readBool(
+      return detail::fromPython<bool>(
           detail::callHelper(detail::Helper::contains, {object(), detail::lent(value)}));
     });
   }
