@@ -25,15 +25,6 @@ Status fail(PyObject* box, const char* message) noexcept {
   return failed;
 }
 
-}  // namespace
-}  // namespace pelion_core::host::detail
-
-namespace {
-
-using namespace pelion_core;
-using namespace pelion_core::host;
-using namespace pelion_core::host::detail;
-
 // Python calls these two, through ctypes; nothing may be thrown through its frames. Another thread
 // than the one inside an operation must touch nothing: it has Python's lock but not the layer's,
 // and waiting for that would be waiting for itself.
@@ -78,8 +69,6 @@ void sweep(State& here) {
 }
 
 }  // namespace
-
-namespace pelion_core::host::detail {
 
 void requireArguments(std::size_t given, std::size_t wanted) {
   if (given == wanted) return;

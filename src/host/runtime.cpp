@@ -53,12 +53,8 @@ Operation::Operation() : guard_(lock()) {
 
 Reference* enlist(Owned object) {
   State& here = state();
-  Reference* reference = here.spare;
-  if (reference != nullptr) {
-    here.spare = reference->next;
-  } else {
-    reference = new Reference;
-  }
+  Reference* const reference =
+      here.spare != nullptr ? std::exchange(here.spare, here.spare->next) : new Reference;
   reference->object = object.release();
   reference->users.store(1, std::memory_order_relaxed);
   reference->previous = &here.list;

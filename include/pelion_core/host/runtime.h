@@ -62,8 +62,6 @@ class Operation {
  public:
   Operation();
   ~Operation() { api->releaseLock(); }
-  Operation(const Operation&) = delete;
-  Operation& operator=(const Operation&) = delete;
 
  private:
   std::lock_guard<Lock> guard_;

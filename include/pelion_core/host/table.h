@@ -38,8 +38,7 @@ struct Column {
   bool lacks(std::size_t, const Text& value) const { return value.isMissing(); }
   bool lacks(std::size_t row, std::uint8_t) const { return !mask.empty() && mask[row] != 0; }
   bool lacks(std::size_t row, std::int64_t value) const {
-    if (kind != Kind::integers) return value == noTime;
-    return !mask.empty() && mask[row] != 0;
+    return kind == Kind::integers ? lacks(row, std::uint8_t{}) : value == noTime;
   }
 
   static constexpr std::int64_t noTime = std::numeric_limits<std::int64_t>::min();
@@ -111,13 +110,13 @@ T loaded(const Stored& value) {
 template <class T>
 struct Element {
   using Type = T;
-  static constexpr bool isOptional = false;
 };
 template <class T>
 struct Element<std::optional<T>> {
   using Type = T;
-  static constexpr bool isOptional = true;
 };
+template <class T>
+inline constexpr bool isOptional = !std::is_same_v<T, typename Element<T>::Type>;
 
 template <class Each>
 Column makeColumn(const std::string& name, const std::vector<Each>& values) {
@@ -127,7 +126,7 @@ Column makeColumn(const std::string& name, const std::vector<Each>& values) {
   std::vector<Stored> all;
   if constexpr (std::is_same_v<Each, Stored>) {
     all = values;
-  } else if constexpr (Element<Each>::isOptional) {
+  } else if constexpr (isOptional<Each>) {
     for (const Each& value : values) {
       Stored none{};
       if constexpr (std::is_same_v<Stored, double>) none = std::numeric_limits<double>::quiet_NaN();
@@ -154,7 +153,7 @@ std::vector<Each> readColumn(const Column& column) {
     std::vector<Each> result;
     result.reserve(values.size());
     for (std::size_t row = 0; row < values.size(); ++row) {
-      if constexpr (Element<Each>::isOptional) {
+      if constexpr (isOptional<Each>) {
         const bool lacks = column.lacks(row, values[row]);
         result.push_back(lacks ? Each() : Each(loaded<T>(values[row])));
       } else if (!column.lacks(row, values[row])) {
