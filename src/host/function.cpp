@@ -30,7 +30,7 @@ Status fail(PyObject* box, const char* message) noexcept {
 // and waiting for that would be waiting for itself.
 extern "C" int pelion_core_host_call(std::size_t id, PyObject* arguments, PyObject* box) noexcept {
   State& here = state();
-  if (!here.lock.isHere()) return elsewhere;
+  if (!lock.isHere()) return elsewhere;
   const auto place = here.functions.find(id);
   if (place == here.functions.end()) return closed;
   const auto function = place->second;  // which the call may drop

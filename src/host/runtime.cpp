@@ -24,18 +24,22 @@ void release(Reference& reference) {
 // each to see the other it would take a second atomic operation in every `unlock`; a waiter that
 // was missed looks again by itself instead.
 void Lock::wait() {
-  std::unique_lock guard(mutex_);
+  State& here = state();
+  std::unique_lock guard(here.waiting);
   ++waiting_;
-  while (!freed_.wait_for(guard, std::chrono::milliseconds(5), [&] { return take(); })) continue;
+  while (!here.freed.wait_for(guard, std::chrono::milliseconds(5), [&] { return take(); }))
+    continue;
   --waiting_;
 }
 
 void Lock::wake() {
-  const std::lock_guard guard(mutex_);
-  freed_.notify_one();
+  State& here = state();
+  const std::lock_guard guard(here.waiting);
+  here.freed.notify_one();
 }
 
 ::python::IPythonAPI* api = nullptr;
+Lock lock;
 
 State::State() : list{nullptr, {}, {1}, &list, &list} {}
 
@@ -44,12 +48,7 @@ State& state() {
   return instance;
 }
 
-Lock& lock() { return state().lock; }
-
-Operation::Operation() : guard_(lock()) {
-  if (api == nullptr) throw std::logic_error("There is no open session with a Python.");
-  api->acquireLock();
-}
+void Operation::noSession() { throw std::logic_error("There is no open session with a Python."); }
 
 Reference* enlist(Owned object) {
   State& here = state();
@@ -65,8 +64,8 @@ Reference* enlist(Owned object) {
 }
 
 void retire(Reference* reference) noexcept {
+  const std::lock_guard guard(lock);
   State& here = state();
-  const std::lock_guard guard(here.lock);
   if (reference->object != nullptr) release(*reference);
   reference->next = here.spare;
   here.spare = reference;

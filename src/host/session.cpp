@@ -54,7 +54,7 @@ void close(State& here) {
 Session::Session(const Settings& settings) : settings_(settings) {
   check(settings);
   State& here = detail::state();
-  const std::lock_guard guard(here.lock);
+  const std::lock_guard guard(detail::lock);
   if (detail::api != nullptr ||
       (loader::isPythonLoaded() && pelion_core::api::interpreter::pyIsOpen())) {
     throw LoadError(Reason::alreadyRunning,
@@ -74,7 +74,7 @@ Session::Session(const Settings& settings) : settings_(settings) {
 
 Session::~Session() {
   State& here = detail::state();
-  const std::lock_guard guard(here.lock);
+  const std::lock_guard guard(detail::lock);
   try {
     onOutput(nullptr);
   } catch (const Error&) {

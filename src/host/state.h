@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <condition_variable>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -14,7 +15,8 @@ namespace pelion_core::host::detail {
 /// What a process has of this layer. Made at the first use and never destroyed: a host's static
 /// objects may outlive every other.
 struct State {
-  Lock lock;
+  std::mutex waiting;  // of those who wait for the lock
+  std::condition_variable freed;
   bool connected = false;  // whether Python knows how to call functions
   Reference list;          // the ends of the ring of references
   Reference* spare = nullptr;

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <condition_variable>
 #include <initializer_list>
 #include <mutex>
 #include <utility>
@@ -49,21 +48,24 @@ class Lock {
   std::atomic<const char*> owner_{nullptr};
   std::atomic<unsigned> waiting_{0};
   unsigned depth_ = 0;
-  std::mutex mutex_;
-  std::condition_variable freed_;
 };
 
 /// The one lock of the process.
-Lock& lock();
+extern Lock lock;
 
 /// An operation on Python: holds the layer's lock and the interpreter's. Throws
 /// `std::logic_error` when no session is open.
 class Operation {
  public:
-  Operation();
+  Operation() : guard_(lock) {
+    if (api == nullptr) noSession();
+    api->acquireLock();
+  }
   ~Operation() { api->releaseLock(); }
 
  private:
+  [[noreturn]] static void noSession();
+
   std::lock_guard<Lock> guard_;
 };
 
