@@ -203,12 +203,13 @@ Ended runProgram(const Command& command) {
     }
   }
   child.end();
-  if (WIFSIGNALED(child.status())) {
+  const int status = child.status();  // some systems' macros take its address
+  if (WIFSIGNALED(status)) {
     ended.how = Ended::How::bySignal;
-    ended.number = WTERMSIG(child.status());
+    ended.number = WTERMSIG(status);
     ended.problem = "signal " + std::to_string(ended.number) + ", " + strsignal(ended.number);
   } else {
-    ended.number = WEXITSTATUS(child.status());
+    ended.number = WEXITSTATUS(status);
   }
   return ended;
 }

@@ -1,11 +1,9 @@
 #include <dlfcn.h>
-#include <link.h>
 
 #include <cerrno>
-#include <cstdint>
-#include <fstream>
 #include <string>
 
+#include "platform/dynamic_linker.h"
 #include "platform/shared_library.h"
 
 namespace pelion_core::platform {
@@ -13,26 +11,6 @@ namespace {
 
 void* pinnedLibrary = nullptr;
 std::string lastFailure;
-
-// The dynamic linker maps what the headers promise and then touches it: a file that was cut short,
-// by a full disk or a broken download, would end the process with SIGBUS.
-bool isCutShort(const char* path) {
-  std::ifstream file(path, std::ios::binary | std::ios::ate);
-  const auto size = static_cast<std::uint64_t>(file.tellg());
-  const auto read = [&file](std::uint64_t offset, auto& out) {
-    file.seekg(static_cast<std::streamoff>(offset));
-    return static_cast<bool>(file.read(reinterpret_cast<char*>(&out), sizeof out));
-  };
-  ElfW(Ehdr) header;
-  if (!file || !read(0, header)) return false;  // the linker tells
-  for (std::uint64_t i = 0; i < header.e_phnum; ++i) {
-    ElfW(Phdr) segment;
-    if (!read(header.e_phoff + i * sizeof segment, segment)) return false;
-    const bool isInside = segment.p_filesz <= size && segment.p_offset <= size - segment.p_filesz;
-    if (segment.p_type == PT_LOAD && !isInside) return true;
-  }
-  return false;
-}
 
 }  // namespace
 
@@ -62,9 +40,8 @@ void* findLibrarySymbol(void* handle, const char* name) { return dlsym(handle, n
 void closeSharedLibrary(void* handle) { dlclose(handle); }
 
 void pinSharedLibrary(void* handle) {
-  link_map* map = nullptr;
-  if (dlinfo(handle, RTLD_DI_LINKMAP, &map) != 0) return;
-  pinnedLibrary = dlopen(map->l_name, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+  const char* const name = nameOfOpened(handle);
+  if (name != nullptr) pinnedLibrary = dlopen(name, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
 }
 
 // dlopen returns the same handle for the same file.
