@@ -5,6 +5,7 @@ value = lambda name: sysconfig.get_config_var(name) or ''
 home = getattr(sys, 'base_prefix', sys.prefix)
 names = [value('INSTSONAME'), value('LDLIBRARY'), 'python%d%d.dll' % sys.version_info[:2]]
 shared = [n for n in names if '.so' in n or '.dylib' in n or '.dll' in n]
+shared += [n for n in [value('PYTHONFRAMEWORK')] if n]
 folders = [value('LIBDIR'), os.path.join(value('LIBDIR'), value('MULTIARCH')),
            os.path.join(home, 'lib'), home]
 libraries = [os.path.join(f, n) for f in folders for n in shared]

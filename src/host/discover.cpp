@@ -135,8 +135,8 @@ fs::path whole(const std::string& what) {
 }
 
 bool isLibrary(const fs::path& path) {
-  return namesLibrary(utf8(path.filename())) || path.extension() == ".a" ||
-         path.extension() == ".so" || path.extension() == ".dll";
+  return namesLibrary(utf8(path.filename())) || isFrameworkLibrary(path) ||
+         path.extension() == ".a" || path.extension() == ".so" || path.extension() == ".dll";
 }
 
 std::vector<Candidate> ofVersion(const std::string& version) {

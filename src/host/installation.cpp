@@ -100,6 +100,9 @@ fs::path libraryOf(const fs::path& home, const BuildName& build) {
     fs::path library = firstOf(librariesIn(folder));
     if (!library.empty()) return library;
   }
+  for (const char* name : {"Python", "Python3", "PythonT"}) {
+    if (isFrameworkLibrary(home / name) && isFile(home / name)) return home / name;
+  }
   return firstOf(librariesByRecord(home, build));
 }
 
@@ -236,6 +239,12 @@ bool namesLibrary(const std::string& fileName) {
   const bool library = boost::ends_with(name, ".so") || boost::contains(name, ".so.") ||
                        boost::ends_with(name, ".dylib") || boost::ends_with(name, ".dll");
   return library && (boost::contains(name, "python") || boost::contains(name, "pypy"));
+}
+
+bool isFrameworkLibrary(const fs::path& file) {
+  const fs::path name = file.filename();  // Xcode's own, and that of free-threaded builds
+  return (name == "Python" || name == "Python3" || name == "PythonT") &&
+         file.parent_path().parent_path().filename() == "Versions";
 }
 
 fs::path standardLibrary(const fs::path& home, const BuildName& build) {

@@ -28,6 +28,10 @@ struct BuildName {
 BuildName buildName(const std::string& fileName);
 bool namesLibrary(const std::string& fileName);
 
+/// Whether a file is the library of a framework, Apple's way to install:
+/// "Python.framework/Versions/3.12/Python".
+bool isFrameworkLibrary(const fs::path& file);
+
 /// The folder of a version's standard library under a home, or the archive that it is.
 /// Empty when there is none.
 fs::path standardLibrary(const fs::path& home, const BuildName& build);

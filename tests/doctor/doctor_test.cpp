@@ -157,11 +157,17 @@ struct Case {
 
 std::string script(const std::string& lines) { return "#!/bin/sh\n" + lines + '\n'; }
 
+const std::vector<Change> framework{{"Versions/3.12/bin/python3.12", runtime},
+                                    {"Versions/3.12/lib/python3.12/encodings/__init__.py", "#"},
+                                    {"Versions/3.12/Python", runtime}};
+
 const std::vector<Case> cases {
   {"whole, by its folder", {}, "whole", Verdict::usable, ""},
       {"whole, by its program", {}, "PROGRAM", Verdict::usable, ""},
       {"whole, by its library", {}, "LIBRARY", Verdict::usable, ""},
       {"whole environment", {}, "venv", Verdict::usable, ""},
+      {"a framework of macOS", framework, "Versions/3.12", Verdict::numpyMissing, "pip install"},
+      {"its library", framework, "Versions/3.12/Python", Verdict::numpyMissing, "pip install"},
       {"nothing", {}, "nowhere", Verdict::notFound, "does not run as a Python 3"},
       {"an empty folder",
        {{"hollow", folder}},
