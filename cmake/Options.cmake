@@ -33,6 +33,16 @@ function(pelion_compile target)
   endif()
 endfunction()
 
+# Small calls are what a host makes most. Exported functions call each other and need not be
+# replaceable, and the call frame is to inline into each of them.
+function(pelion_optimise target)
+  if(NOT MSVC)
+    target_compile_options(${target} PRIVATE
+      $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>
+      $<$<CONFIG:RelWithDebInfo>:-O3>)
+  endif()
+endfunction()
+
 # pelion_keep_ours(variable): takes the sources for other systems out of a list, by the ends of their
 # names.
 function(pelion_keep_ours variable)

@@ -9,6 +9,9 @@ place=build/msvc_check
 rm -rf "$place"
 mkdir -p "$place"
 headers=$(tools/cross_headers.sh)
+for script in src/host/*.py; do  # as src/host/CMakeLists.txt has them
+  printf 'R"python(%s\n)python"\n' "$(<"$script")" >"$place/$(basename "$script" .py)_py.h"
+done
 zig=$(tools/zig.sh env | sed -n 's/.*lib_dir = "\(.*\)".*/\1/p')
 
 flags=(
@@ -17,7 +20,7 @@ flags=(
   # The headers are those of MinGW-w64, which ask for their own name and for GCC.
   -fgnuc-version=4.2.1 -D__MINGW32__ -D__MINGW64__ -D_UCRT -D_LIBCPP_NO_VCRUNTIME
   -isystem "$zig/libc/include/any-windows-any" -isystem "$headers"
-  -DBOOST_ALL_NO_LIB -DPELION_VERSION='"0"' -Iinclude -Isrc -Isrc/host)
+  -DBOOST_ALL_NO_LIB -DPELION_VERSION='"0"' -Iinclude -Isrc -Isrc/host -I"$place")
 
 compile() {
   local source=$1 building=()
