@@ -2,24 +2,28 @@
 
     name;version;library;program;home
 
-They are those of this machine, or those of the programs that are named. With --environments DIR every interpreter that brings no NumPy of its own is given as the virtual
-environment DIR/<name> when there is one; with --install that is made first, with the newest NumPy
-and pandas that PyPI has for it. What is left out is said on standard error.
+They are those of this machine, or those of the programs that are named. With --environments DIR every
+interpreter that brings no NumPy of its own is given as the virtual environment DIR/<name> when there
+is one; with --install that is made first, with the newest NumPy and pandas that PyPI has for it. What
+is left out is said on standard error.
 """
 import argparse
 import glob
 import os
 import pathlib
+import re
 import subprocess
 import sys
 
+SYSTEMS_OWN = "/usr/bin/python3"
+FLAGS = {"d": "-debug", "t": "-free-threaded"}
 ASK = pathlib.Path(__file__).parent.parent / "src" / "host" / "ask.py"
 
 
 def candidates():
     root = os.environ.get("PYENV_ROOT", os.path.expanduser("~/.pyenv"))
+    yield SYSTEMS_OWN
     yield from os.environ.get("PELION_TEST_PYTHONS", "").split()
-    yield "/usr/bin/python3"
     yield from sorted(glob.glob(os.path.join(root, "versions", "*", "bin", "python")))
 
 
@@ -55,10 +59,10 @@ def main():
     parser.add_argument("--install", action="store_true")
     options = parser.parse_args()
     seen = set()
-    for program in options.programs or candidates():
-        description = ask(program, ASK.read_text(), "settings")
+    for candidate in options.programs or candidates():
+        description = ask(candidate, ASK.read_text(), "settings")
         if description is None:
-            print("skipped: " + program + " does not run", file=sys.stderr)
+            print("skipped: " + candidate + " does not run", file=sys.stderr)
             continue
         version, program, home, library = (description + "\n").split("\n")[1:5]
         if not library:
@@ -67,7 +71,10 @@ def main():
         if library in seen:
             continue
         seen.add(library)
-        name = version + ("-debian" if home == "/usr" else "")
+        flags = re.search(r"python3\.[0-9]+([a-z]*)", os.path.basename(library))
+        name = version + "".join(FLAGS.get(flag, "") for flag in (flags[1] if flags else ""))
+        if candidate == SYSTEMS_OWN and home == "/usr":
+            name += "-debian"
         if options.environments and not version.startswith("2."):
             folder = os.path.join(options.environments, name)
             program = with_tables(program, folder, options.install)

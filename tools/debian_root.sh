@@ -1,0 +1,56 @@
+# Another Debian in a folder, for what is to be shown on a system that this machine is not. Sourced by
+# the commands that make one; needs root and installs mmdebstrap.
+
+[[ $EUID -eq 0 ]] || {
+  echo "$(basename "$0" .sh): only root can change into another system's root" >&2
+  exit 1
+}
+command -v mmdebstrap >/dev/null || {
+  apt-get update -q
+  apt-get install -q -y --no-install-recommends mmdebstrap
+}
+
+# make_root SUITE FOLDER OPTION...: a minimal system, made anew, with a clone of this checkout's HEAD
+# in /root/project. A mirror's index may be past its date; its signature is checked.
+make_root() {
+  local suite=$1 root=$2 sources mirror
+  shift 2
+  # The mirror that this machine uses, in whichever of the two files names it.
+  sources=$(cat /etc/apt/sources.list /etc/apt/sources.list.d/debian.sources 2>/dev/null || true)
+  mirror=$(awk '/^(deb|URIs:) .*http/ && !/security/ {print $2; exit}' <<<"$sources")
+  rm -rf "$root"
+  mkdir -p "$(dirname "$root")"
+  mmdebstrap --quiet --mode=root --aptopt='Acquire::Check-Valid-Until "false"' "$@" \
+    "$suite" "$root" "${mirror:-http://deb.debian.org/debian}"
+  mkdir -p "$root/root"
+  git clone -q . "$root/root/project"
+}
+
+# inside ROOT COMMAND: runs it in the clone, in a mount namespace of its own, so that no mount
+# outlives the command.
+inside() {
+  local certificates=/etc/ssl/certs/ca-certificates.crt
+  unshare --mount bash -euc '
+    mount --make-rprivate /
+    mount -t proc proc "$1/proc"
+    mount --rbind /dev "$1/dev"
+    cp /etc/hosts /etc/resolv.conf "$1/etc/"
+    mkdir -p "$(dirname "$1$3")"
+    touch "$1$3"
+    mount --bind "$3" "$1$3"
+    exec chroot "$1" env -i HOME=/root LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive PIP_CERT="$3" \
+      PATH=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin \
+      bash -euo pipefail -c "cd /root/project && $2"' - "$1" "$2" "$certificates"
+}
+
+# step ROOT LOG NAME COMMAND: inside the root, into a log; says the status and the time, and stops at
+# a failure.
+step() {
+  local root=$1 log=$2 name=$3 start=$SECONDS status=0
+  inside "$root" "$4" >"$log" 2>&1 </dev/null || status=$?
+  echo "$name: status $status after $((SECONDS - start)) s, log ${log#"$PWD"/}"
+  [[ $status -eq 0 ]] || {
+    tail -n 40 "$log"
+    exit "$status"
+  }
+}
