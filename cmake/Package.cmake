@@ -24,7 +24,8 @@ mark_as_advanced(PELION_CORE_SHLIBDEPS)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Shared library, loads the Python runtime a host names.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libpelion-core0)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "libpython3.11 | libpython3.12 | libpython3.13")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS 
+  "libpython3.11 | libpython3.12 | libpython3.13 | libpython3.14 | libpython3.15")
 # The program needs the library, which lies in another of these packages.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
 if(PELION_CORE_SHLIBDEPS)

@@ -33,7 +33,7 @@ const Words& wordsOf(Verdict verdict) {
 }
 
 constexpr unsigned oldestMinor = 6;
-constexpr unsigned newestMinor = 13;
+constexpr unsigned newestMinor = 15;
 
 unsigned minorOf(const std::string& version) {
   return static_cast<unsigned>(std::strtoul(version.c_str() + version.find('.') + 1, nullptr, 10));

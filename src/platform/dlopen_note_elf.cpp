@@ -9,7 +9,8 @@ namespace {
 constexpr char content[] =
     R"([{"feature":"python","description":"The Python runtime that the host names",)"
     R"("priority":"recommended","soname":[)"
-    R"("libpython3.13.so.1.0","libpython3.12.so.1.0","libpython3.11.so.1.0",)"
+    R"("libpython3.15.so.1.0","libpython3.14.so.1.0","libpython3.13.so.1.0",)"
+    R"("libpython3.12.so.1.0","libpython3.11.so.1.0",)"
     R"("libpython3.10.so.1.0","libpython3.9.so.1.0","libpython3.8.so.1.0",)"
     R"("libpython3.7m.so.1.0","libpython3.6m.so.1.0"]}])";
 
