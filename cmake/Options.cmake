@@ -10,7 +10,8 @@ set(PELION_CORE_SANITIZE "" CACHE STRING "Sanitizers for every target, as -fsani
 
 function(pelion_compile target)
   target_compile_features(${target} PUBLIC cxx_std_17)
-  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+  set_target_properties(${target} PROPERTIES
+    CXX_STANDARD 17 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF)
   # A product and a sum must round as they are written, on every machine.
   if(MSVC)
     target_compile_options(${target} PRIVATE
