@@ -14,19 +14,10 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-get_property(checking GLOBAL PROPERTY IN_TRY_COMPILE)
+include(${CMAKE_CURRENT_LIST_DIR}/cross_headers.cmake)
+
 if(NOT checking)
   # A program finds a DLL beside itself.
   set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
-
-  # The system's own headers must not be seen, so libraries that are headers alone get a
-  # folder that holds nothing else.
-  set(headers ${CMAKE_BINARY_DIR}/headers)
-  file(MAKE_DIRECTORY ${headers})
-  foreach(library boost CLI nlohmann)
-    file(CREATE_LINK /usr/include/${library} ${headers}/${library} SYMBOLIC)
-  endforeach()
-  set(Boost_INCLUDE_DIR ${headers} CACHE PATH "Folder that holds only headers for every system")
-
   set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/wine.sh ${CMAKE_BINARY_DIR}/wine)
 endif()

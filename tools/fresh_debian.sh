@@ -10,6 +10,7 @@ source tools/debian_root.sh
 
 place=$PWD/build/fresh
 make_root bookworm "$place/root" --variant=minbase --include=ca-certificates,git
+clone_into "$place/root"
 number=0
 for command in "$@"; do
   number=$((number + 1))

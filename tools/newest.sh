@@ -14,6 +14,7 @@ start=$SECONDS
 make_root sid "$root" --variant=minbase --skip=cleanup/apt/lists \
   --include=ca-certificates,g++,clang,lld,cmake,ninja-build,binutils,libboost-dev,libcli11-dev \
   --include=nlohmann-json3-dev,libgtest-dev,python3,python3-numpy,python3-pandas,python3-matplotlib
+clone_into "$root"
 echo "Debian unstable: made after $((SECONDS - start)) s"
 
 # The version of /usr/bin/python3 is found without being named.

@@ -62,11 +62,21 @@ std::string changed(std::size_t place, const std::string& value) {
   return bytes.replace(place, value.size(), value);
 }
 
-std::string forAarch64() {
+#if defined(__aarch64__)
+#define OTHER_MACHINE "x86-64"
+#define THIS_MACHINE "aarch64"
+const char* const otherMachine = "\x3e";
+#else
+#define OTHER_MACHINE "aarch64"
+#define THIS_MACHINE "x86-64"
+const char* const otherMachine = "\xb7";
+#endif
+
+std::string forOtherMachine() {
 #if defined(_WIN32)
   return changed(4, "\x64\xaa");
 #else
-  return changed(18, "\xb7");
+  return changed(18, otherMachine);
 #endif
 }
 
@@ -210,10 +220,10 @@ const std::vector<Case> cases {
        Verdict::notLibrary,
        "cut off"},
       {"another machine",
-       {{"LIBRARY", forAarch64()}},
+       {{"LIBRARY", forOtherMachine()}},
        "whole",
        Verdict::wrongMachine,
-       "is for aarch64, this program for x86-64"},
+       "is for " OTHER_MACHINE ", this program for " THIS_MACHINE},
       {"another system",
        {{"LIBRARY", std::string("\xcf\xfa\xed\xfe\x07\0\0\1", 8) + std::string(40, 0)}},
        "whole",
@@ -251,7 +261,7 @@ const std::vector<Case> cases {
        {{"LIBRARY", changed(4, "\1")}},
        "whole",
        Verdict::wrongMachine,
-       "x86-64 (32-bit)"},
+       THIS_MACHINE " (32-bit)"},
       {"PyPy",
        {{"LIBRARY", absent}, {"whole/lib/libpypy3.12-c.so", otherLibrary}},
        "whole",

@@ -2,7 +2,7 @@
 # major version 3 into PELION_TEST_INTERPRETERS, older ones into PELION_REFUSED_INTERPRETERS. Finding
 # none is an error where one could be had.
 
-if(CMAKE_CROSSCOMPILING)
+if(WIN32)
   # PELION_WINDOWS_PYTHON in the environment: folders of Windows Pythons. Wine shows the file system
   # as drive Z.
   set(libraries $ENV{PELION_WINDOWS_PYTHON})
@@ -19,12 +19,17 @@ if(CMAKE_CROSSCOMPILING)
   endif()
 else()
   find_program(PELION_PYTHON3 python3 REQUIRED)
+  set(PELION_FOUND_INTERPRETERS "" CACHE STRING
+      "For a cross build: what tools/find_interpreters.py prints where the tests will run")
   set(PELION_TEST_ENVIRONMENTS ${PROJECT_SOURCE_DIR}/build/environments CACHE PATH
       "Virtual environments with NumPy and pandas, one for each interpreter")
-  execute_process(
-    COMMAND ${PELION_PYTHON3} ${PROJECT_SOURCE_DIR}/tools/find_interpreters.py
-            --environments ${PELION_TEST_ENVIRONMENTS}
-    OUTPUT_VARIABLE found COMMAND_ERROR_IS_FATAL ANY)
+  set(found "${PELION_FOUND_INTERPRETERS}")
+  if(NOT CMAKE_CROSSCOMPILING)
+    execute_process(
+      COMMAND ${PELION_PYTHON3} ${PROJECT_SOURCE_DIR}/tools/find_interpreters.py
+              --environments ${PELION_TEST_ENVIRONMENTS}
+      OUTPUT_VARIABLE found COMMAND_ERROR_IS_FATAL ANY)
+  endif()
   if(NOT found)
     message(FATAL_ERROR "No Python with a shared runtime library was found: install libpython3-dev.")
   endif()
