@@ -1,5 +1,5 @@
-# `cpack` makes archives of the installed tree: everything in one, or Debian packages for running,
-# for building, and with the program.
+# `cpack` makes an archive of the installed tree or, of a build for /usr, Debian packages: for running,
+# for building, and with the program. There the libraries lie in the folder of their architecture.
 
 set(CPACK_PACKAGE_VENDOR "The pelion_core developers")
 set(CPACK_PACKAGE_CONTACT ${CPACK_PACKAGE_VENDOR})
@@ -10,9 +10,11 @@ if(TARGET pelion)
   list(APPEND CPACK_COMPONENTS_ALL tools)
 endif()
 set(CPACK_COMPONENTS_GROUPING IGNORE)
-set(CPACK_GENERATOR TGZ DEB)
+set(CPACK_GENERATOR TGZ)
 if(WIN32)
   set(CPACK_GENERATOR ZIP)
+elseif(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(CPACK_GENERATOR DEB)
 endif()
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -24,7 +26,8 @@ mark_as_advanced(PELION_CORE_SHLIBDEPS)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Shared library, loads the Python runtime a host names.")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libpelion-core0)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS 
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_MULTIARCH same)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS
   "libpython3.11 | libpython3.12 | libpython3.13 | libpython3.14 | libpython3.15")
 # The program needs the library, which lies in another of these packages.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
@@ -43,6 +46,7 @@ endif()
 set(CPACK_COMPONENT_DEV_DESCRIPTION "Headers, and what CMake and pkg-config need to find them.")
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libpelion-core-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEV_PACKAGE_MULTIARCH same)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS
   "libpelion-core0 (= ${PROJECT_VERSION}), libboost-dev (>= 1.71)")
 
