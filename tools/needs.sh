@@ -23,6 +23,11 @@ windows_needs=(
   wine64=file:/usr/lib/wine/wine64 wine=command:wine
   googletest=file:/usr/src/googletest/CMakeLists.txt)
 
+arm64_needs=(
+  g++-aarch64-linux-gnu=command:aarch64-linux-gnu-g++
+  qemu-user-static=command:qemu-aarch64-static
+  googletest=file:/usr/src/googletest/CMakeLists.txt)
+
 # "name;version;library;program;home" of $python.
 own_settings() { "$python" tools/find_interpreters.py "$python"; }
 
