@@ -44,7 +44,7 @@ FRAME = "import pandas; x = pandas.DataFrame({'c%d' % i: texts for i in range(10
 PANDAS = Aim(1.5, "numpy", "pandas, of NumPy arrays")
 SPLIT = Aim(1.5, "numpy", "split or joined in Python")
 
-START = Row("start", "a process that gets Python ready and ends")
+START = Row("start", "a process that gets Python ready and ends", front=None)
 
 GROUPS = {
     "Values made and released": [
@@ -75,7 +75,8 @@ GROUPS = {
     ],
     "Members and calls": [
         Row("member", "getattr(math, 'hypot')", "import math as x"),
-        Row("member_absent", "getattr, absent: the error thrown and dropped", "import math as x"),
+        Row("member_absent", "getattr, absent: the error thrown and dropped", "import math as x",
+            front=None),
         Row("has_member", "hasattr, present", "import math as x"),
         Row("has_member_absent", "hasattr, absent", "import math as x"),
         Row("set_member", "setattr", "import types; x = (types.SimpleNamespace(), 'value', 2.0)"),
