@@ -88,9 +88,10 @@ using Note = boost::error_info<struct NoteTag, int>;
 TEST(Exceptions, KeepTheirTypeAndTextOnTheWay) {
   InternalPyException assigned("before");
   assigned = InternalPyException("caf\xC3\xA9 \xF0\x9F\x90\x8D \xC3(");
-  const InternalPyException& itself = assigned << Note(7);
+  assigned << Note(7);
+  InternalPyException& itself = assigned;
   assigned = itself;
-  assigned = std::move(assigned);
+  assigned = std::move(itself);
   EXPECT_EQ(*boost::get_error_info<Note>(assigned), 7);
   expectTravels(InternalPyException(assigned), "caf\xC3\xA9 \xF0\x9F\x90\x8D \xC3(",
                 u"caf\u00e9 \U0001F40D \uFFFD(");
