@@ -40,7 +40,7 @@ TEXTS = "texts = ['text %d' % i for i in range(n)]; "
 WORDS = "texts = ['word %d' % (i * i % 20) for i in range(n)]; "
 FRAME = "import pandas; x = pandas.DataFrame({'c%d' % i: texts for i in range(10)})"
 
-# Of what is there already: arrays of numbers, one long text for each column of texts.
+# Of what is there already: arrays of numbers, one long string for each column of strings.
 PANDAS = Aim(1.5, "numpy", "pandas, of NumPy arrays")
 SPLIT = Aim(1.5, "numpy", "split or joined in Python")
 
@@ -117,13 +117,13 @@ GROUPS = {
             "import numpy, pandas; "
             "x = pandas.DataFrame({'c%d' % i: numpy.full(n, 1234.5) for i in range(10)})", 100_000,
             front=PANDAS),
-        Row("texts_in", "10 columns of texts, all different, into a frame",
+        Row("texts_in", "10 columns of strings, all different, into a frame",
             TEXTS + "x = '\\n'.join(texts)", 100_000, front=SPLIT),
-        Row("texts_out", "10 columns of texts, all different, out of a frame",
+        Row("texts_out", "10 columns of strings, all different, out of a frame",
             TEXTS + FRAME, 100_000, front=SPLIT),
-        Row("words_in", "10 columns of texts, twenty different, into a frame",
+        Row("words_in", "10 columns of strings, twenty different, into a frame",
             WORDS + "x = '\\n'.join(texts)", 100_000, front=SPLIT),
-        Row("words_out", "10 columns of texts, twenty different, out of a frame",
+        Row("words_out", "10 columns of strings, twenty different, out of a frame",
             WORDS + FRAME, 100_000, front=SPLIT),
     ],
     "Columns of dates and durations": [

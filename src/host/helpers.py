@@ -227,7 +227,7 @@ def text_array(texts, shape):
 
 def texts_of(value):
     if isinstance(value, str):
-        refuse(value, 'an array of texts')
+        refuse(value, 'an array of strings')
     value = lib.numpy.asarray(value)
     return value.ravel('F').astype(object), value.shape
 

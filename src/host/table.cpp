@@ -25,8 +25,9 @@ std::size_t lengthOf(const Column& column) {
   return std::visit([](const auto& values) { return values.size(); }, column.values);
 }
 
-// A list of texts crosses as one text, each with a zero behind it, which Python splits: making a
-// thousand objects there is one call instead of a thousand. Texts that have zeros cross one by one.
+// A list of strings crosses as one string, each with a zero behind it, which Python splits: making
+// a thousand objects there is one call instead of a thousand. Texts that have zeros cross one by
+// one.
 Owned makeTexts(const StringArray& texts) {
   std::u16string joined;
   std::vector<std::size_t> missing;
@@ -77,7 +78,7 @@ Owned describe(const Column& column) {
                                                     viewOf(column.mask)});
 }
 
-// And gives it back: (name, NumPy's type, block or list of texts, block of the mask or None).
+// And gives it back: (name, NumPy's type, block or list of strings, block of the mask or None).
 Column columnOf(PyObject* description) {
   const std::vector<Owned> parts = readItems(description);
   const auto kind = static_cast<Kind>(fromPython<std::string>(parts[1])[0]);

@@ -181,7 +181,7 @@ struct Converter<T, std::enable_if_t<detail::isUtf8<T>>> {
     return detail::Owned(detail::api->PyUnicode_FromStringAndSize(utf8.data(), utf8.size()));
   }
   static std::string fromPython(PyObject* object) {
-    static_assert(std::is_same_v<T, std::string>, "read texts as std::string, which owns them");
+    static_assert(std::is_same_v<T, std::string>, "read strings as std::string, which owns them");
     return detail::readUtf8(object);
   }
 };
@@ -195,7 +195,7 @@ struct Converter<T, std::enable_if_t<detail::isUtf16<T>>> {
   }
   static std::u16string fromPython(PyObject* object) {
     static_assert(std::is_same_v<T, std::u16string>,
-                  "read texts as std::u16string, which owns them");
+                  "read strings as std::u16string, which owns them");
     return detail::readUtf16(object);
   }
 };

@@ -197,7 +197,7 @@ class Table {
       detail::columnOverflow(name, failure.what());
     }
   }
-  /// Adds a column of texts; an array of several dimensions counts as one in column-major order.
+  /// Adds a column of strings; an array of several dimensions counts as one in column-major order.
   Table& add(const std::string& name, StringArray texts);
 
   /// The number of rows.
@@ -217,7 +217,7 @@ class Table {
       detail::columnOverflow(name, failure.what());
     }
   }
-  /// A column of texts, missing ones included.
+  /// A column of strings, missing ones included.
   const StringArray& texts(const std::string& name) const;
 
   /// A `pandas.DataFrame`.
@@ -240,7 +240,7 @@ struct Converter<Table> {
   static Table fromPython(const Object& frame) { return Table::fromPandas(frame); }
 };
 
-/// A NumPy array of texts, of objects when some are missing. Reads an array or a sequence of texts,
+/// A NumPy array of strings, of objects when some are missing. Reads an array or sequence of them,
 /// where `None`, NaN and `pandas.NA` are missing.
 template <>
 struct Converter<StringArray> {

@@ -102,7 +102,7 @@ class Array {
 
   /// The elements in column-major order.
   PELION_CORE_MEMBER const std::vector<T>& elements() const { return elements_; }
-  /// The texts in column-major order, `filler` for the missing ones.
+  /// The strings in column-major order, `filler` for the missing ones.
   PELION_CORE_MEMBER std::vector<std::u16string> texts(const std::u16string& filler = {}) const {
     std::vector<std::u16string> all;
     all.reserve(size());
