@@ -420,8 +420,12 @@ TEST(Real, FilesTellWhatTheProgramSays) {
     EXPECT_EQ(realPath(pathOf(complete(alone).home)), realPath(pathOf(said.settings.home)));
     alone.path = ELSEWHERE;
     EXPECT_THROW(complete(alone), LoadError);
-    setVariable("PATH", utf8(pathOf(given.program).parent_path()));
-    EXPECT_EQ(firstUsable().library, found.settings.library);
+    // Of several in one folder, "python3" comes first.
+    const fs::path first = pathOf(given.program).replace_filename("python3");
+    setVariable("PATH", utf8(first.parent_path()));
+    if (!isFile(first) || realPath(first) == realPath(pathOf(given.program))) {
+      EXPECT_EQ(firstUsable().library, found.settings.library);
+    }
   }
   const Report report = inspect(found);
   EXPECT_EQ(report.version.compare(0, given.version.size(), given.version), 0) << report.version;

@@ -49,6 +49,7 @@ set_tests_properties(install.abi.DlopenNote PROPERTIES  # every version, the bes
 # Types are compared on an unoptimised library: what the optimiser at link time leaves of the debug
 # information is not enough.
 get_target_property(sources pelion_core SOURCES)
+list(TRANSFORM sources PREPEND ${PROJECT_SOURCE_DIR}/src/)
 add_library(pelion_core_described SHARED ${sources})
 pelion_compile(pelion_core_described)
 target_compile_options(pelion_core_described PRIVATE -O0 -g)

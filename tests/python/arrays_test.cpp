@@ -30,7 +30,9 @@ TEST_F(Arrays, BlocksGoInAndComeOutAsTheyAre) {
   EXPECT_EQ(pyFloatGetData(pyGetItem(array.get(), 0).get()), 7);
   EXPECT_EQ(block[0], 1.5);
 
-  EXPECT_EQ(repr(pyCreateNumericArray(0, 'b', nullptr)), "array('b')");
+  if (!isDebugBuild()) {
+    EXPECT_EQ(repr(pyCreateNumericArray(0, 'b', nullptr)), "array('b')");
+  }
   EXPECT_EQ(failure([&] { pyCreateNumericArray(3, 'd', block); }), nullReturned + " ValueError");
   EXPECT_THROW(pyCreateNumericArray(std::uint64_t{1} << 63, 'b', block),
                boost::numeric::positive_overflow);

@@ -31,6 +31,11 @@ struct Interpreter {
   std::u16string version, library, program, home;
 };
 
+inline const Interpreter& underTest();
+
+/// Whether the interpreter ends the process where a release build goes on: see docs/versions.md.
+inline bool isDebugBuild() { return underTest().library.find(u"d.so") != std::u16string::npos; }
+
 inline const Interpreter& underTest() {
   static const Interpreter interpreter = [] {
     // The test is the only thing that configures the interpreter.
