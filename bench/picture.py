@@ -15,7 +15,7 @@ import matplotlib.pyplot as plt  # noqa: E402, the backend comes first
 import bench  # noqa: E402
 import rows  # noqa: E402
 
-COLOURS = {"raw_kept": "#b8c4d0", "raw_handed_over": "#5b7a99", "pybind11": "#e0a458",
+COLOURS = {"front": "#c0504d", "raw_kept": "#b8c4d0", "raw_handed_over": "#5b7a99", "pybind11": "#e0a458",
            "nanobind": "#7fa650", "numpy": "#a06cb0"}
 BAR = 0.15  # of the height of a row
 ROW, BETWEEN, TOP = 0.28, 0.5, 0.7  # inches
