@@ -12,7 +12,7 @@ root=$PWD/build/arm64-root
 build=$PWD/build/arm64
 start=$SECONDS
 make_root bookworm "$root" --variant=extract --architectures=arm64 \
-  --include=bash,coreutils,diffutils,grep,sed,cmake,binutils,python3,python3-venv \
+  --include=bash,dash,coreutils,diffutils,grep,sed,cmake,binutils,python3,python3-venv \
   --include=libpython3.11,python3-numpy,python3-pandas,python3-matplotlib
 # The alternatives, which only the packages' scripts would choose.
 for library in blas lapack; do
@@ -34,8 +34,11 @@ cmake -S . -B "$build" -G Ninja --toolchain cmake/aarch64.cmake -D CMAKE_BUILD_T
 cmake --build "$build" --parallel "$(nproc)"
 echo "built for arm64 after $((SECONDS - start)) s"
 
+# Left out: what needs this machine's compiler and tools, and the doctor's test of a program that is not
+# there, since under QEMU posix_spawn does not say so.
+not_there='docs[.](readme_2|floors|matrix|reference)$|:doctor$'
 # The tests of the binary interface only read files, on this machine; all else runs there.
 ctest --test-dir "$build/tests/install" --output-on-failure
 step "$root" "$build-test.log" "tested on arm64" "ctest --test-dir '$build' --output-on-failure \
-  --parallel $(nproc) --timeout 1200 --label-exclude '^install$'"
+  --parallel $(nproc) --timeout 1200 --label-exclude '^install$' --exclude-regex '$not_there'"
 grep 'tests passed' "$build-test.log"
