@@ -343,7 +343,7 @@ const std::vector<StartCase> startCases{
     {"nothing", "", {"", "", "", ELSEWHERE, ""}, Verdict::startEnds, "Fatal Python error"},
     {"sitecustomize", "import os; os._exit(9)", {}, Verdict::startEnds, "exit status 9"},
     {"ctypes",
-     "import faulthandler; faulthandler._read_null()",
+     "import faulthandler as f; getattr(f, '_read_null', f._sigsegv)()",
      {},
      Verdict::startCrashes,
      "in the step \"import ctypes\""},
