@@ -46,8 +46,7 @@ if [[ -n ${FREE_THREADED-} ]]; then
     echo /opt/free-threaded/bin/python3.13t >>/root/pythons'
 fi
 
-# So many rounds because newer Pythons go on optimising what they run, and count that as references.
-settings='export PELION_ROUNDS=20000 PELION_TEST_PYTHONS=$(cat /root/pythons)'
+settings='export PELION_TEST_PYTHONS=$(cat /root/pythons)'
 step "$root" "$place/environments.log" "NumPy and pandas for each" "$settings
   python3 tools/find_interpreters.py --environments build/environments --install"
 cut -d ';' -f 1 "$place/environments.log" | grep '^3' | paste -sd ' '
@@ -61,9 +60,10 @@ for compiler in g++ clang++; do
       -D CMAKE_BUILD_TYPE=RelWithDebInfo -D CMAKE_SHARED_LINKER_FLAGS=-fuse-ld=$linker
     cmake --build $build"
   # What the installed tree and the binary interface are compared with was made on Debian 12. Debug
-  # builds of 3.13 and newer take calls from one thread alone, see docs/versions.md.
+  # builds end the process over calls from several threads and over calls with an error pending, see
+  # docs/versions.md.
   step "$root" "$place/test-$compiler.log" "tested with $compiler" "$settings
     ctest --test-dir $build --output-on-failure --parallel 2 --label-exclude '^(fuzz|install)$' \
-      --exclude-regex 'debug:host.Session.HostThreadsTakeTurns'"
+      --exclude-regex 'debug:(host.Session.HostThreadsTakeTurns|robustness.faults)'"
   grep 'tests passed' "$place/test-$compiler.log"
 done

@@ -19,7 +19,7 @@ mapfile -t commands < <("$1" --help | sed -n '/^subcommands:/I,/^$/s/^  \([a-z]*
 for command in "${commands[@]}"; do
   grep -q "^\.B $command$" <<<"$page" || fail "$command is not in the manual"
   [[ $(complete "$1" "${command:0:2}") == "$command" ]] || fail "$command is not completed"
-  for option in $("$1" "$command" --help | sed -nE 's/^  (-h, *)?(--[a-z-]+).*/\2/p'); do
+  for option in $("$1" "$command" --help | sed -nE 's/^ +(-h, *)?(--[a-z-]+).*/\2/p'); do
     grep -qe "$option" <<<"$page" || fail "$option of $command is not in the manual"
     complete "$1" "$command" "${option:0:4}" | grep -qxe "$option" || fail "$option is not completed"
   done

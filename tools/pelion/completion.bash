@@ -10,7 +10,7 @@ _pelion() {
   case $word in
     -*)
       options=$("${COMP_WORDS[0]}" "$command" --help 2>/dev/null | \
-        sed -nE 's/^  (-h,)?(--[a-z-]+).*/\2/p')
+        sed -nE 's/^ +(-h, *)?(--[a-z-]+).*/\2/p')
       mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
       ;;
     *)
