@@ -64,7 +64,10 @@ std::complex<double> readComplex(PyObject* object) {
 std::string readUtf8(PyObject* object) {
   requireText(object);
   const char* const utf8 = api->getChars(object);
-  if (utf8 == nullptr) throwPending();
+  if (utf8 == nullptr) {
+    throwPending();
+    return {};  // not reached: what is null has an error pending
+  }
   // Characters that are zeros end what is shown here, and then it is too short.
   const std::size_t size = std::strlen(utf8);
   const auto length = static_cast<std::size_t>(api->PySequence_Length(object));

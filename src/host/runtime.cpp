@@ -27,8 +27,8 @@ void Lock::wait() {
   State& here = state();
   std::unique_lock guard(here.waiting);
   ++waiting_;
-  while (!here.freed.wait_for(guard, std::chrono::milliseconds(5), [&] { return take(); }))
-    continue;
+  while (!here.freed.wait_for(guard, std::chrono::milliseconds(5), [&] { return take(); })) {
+  }
   --waiting_;
 }
 
@@ -63,12 +63,13 @@ Reference* enlist(Owned object) {
   return reference;
 }
 
-void retire(Reference* reference) noexcept {
+void retire(Reference* reference) noexcept try {
   const std::lock_guard guard(lock);
   State& here = state();
   if (reference->object != nullptr) release(*reference);
   reference->next = here.spare;
   here.spare = reference;
+} catch (...) {  // a destructor has nobody to tell
 }
 
 void releaseReferences() {

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <boost/locale/encoding_utf.hpp>
 #include <chrono>
+#include <csignal>
 #include <functional>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -18,7 +19,6 @@
 #else
 #include <unistd.h>
 #if defined(__linux__)
-#include <signal.h>
 #include <sys/prctl.h>
 #endif
 #endif

@@ -84,7 +84,7 @@ template <class T, class Wide>
 T narrowed(Wide value, PyObject* object) {
   const T result = static_cast<T>(value);
   if constexpr (std::is_floating_point_v<T>) {
-    if (result - result != 0 && value - value == 0) doesNotFit(object, "a float of 32 bits");
+    if (!std::isfinite(result) && std::isfinite(value)) doesNotFit(object, "a float of 32 bits");
   } else if (static_cast<Wide>(result) != value) {
     doesNotFit(object, std::string(std::is_signed_v<T> ? "a signed" : "an unsigned") +
                            " integer of " + std::to_string(8 * sizeof(T)) + " bits");
