@@ -18,7 +18,7 @@ constexpr const char* question =
 std::string nextLine(std::istream& lines) {
   std::string line;
   std::getline(lines, line);
-  return boost::trim_right_copy_if(line, boost::is_any_of("\r"));
+  return line.substr(0, line.find('\r'));
 }
 
 // "3.11" of "3.11.2".

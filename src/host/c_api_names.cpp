@@ -4,6 +4,7 @@ namespace pelion_core::host {
 
 const std::vector<const char*>& boundNames() {
   static const std::vector<const char*> names{
+// NOLINTNEXTLINE(bugprone-suspicious-missing-comma): two strings make each name
 #define PELION_PYTHON_TYPE(name) #name "_Type",
 #include "pelion_core/loader/c_api/python_types.def"
 #define PELION_C_API(result, name, parameters, arguments, failure) #name,

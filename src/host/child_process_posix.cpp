@@ -1,6 +1,5 @@
 #include <fcntl.h>
 #include <poll.h>
-#include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -8,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <thread>
 
@@ -15,9 +15,9 @@
 #include "files.h"
 #if defined(__APPLE__)
 #include <mach-o/dyld.h>
-#endif
 
 extern char** environ;
+#endif
 
 namespace pelion_core::host {
 namespace {

@@ -98,14 +98,14 @@ std::vector<std::string> argumentsOf(int argc, char** argv) {
   }
   LocalFree(wide);
 #else
-  for (int i = argc - 1; i > 0; --i) words.push_back(argv[i]);
+  for (int i = argc - 1; i > 0; --i) words.emplace_back(argv[i]);
 #endif
   return words;
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
 #if defined(_WIN32)
   SetConsoleOutputCP(CP_UTF8);
 #endif
@@ -152,4 +152,7 @@ int main(int argc, char** argv) {
   running.words = wordsOf(*call ? *call : *run, *call ? "NAME" : "FILE");
   if (running.words.empty()) return pelion::wrongUsage;
   return *call ? pelion::call(running) : pelion::run(running);
+} catch (const std::exception& failure) {
+  std::cerr << "pelion: " << failure.what() << '\n';
+  return pelion::unusable;
 }
