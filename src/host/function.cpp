@@ -65,7 +65,7 @@ void sweep(State& here) {
     dropped.swap(here.dropped);
   }
   // Out of the map first: what a function owns may be Python objects, whose end may call others.
-  for (const std::size_t id : dropped) here.functions.extract(id);
+  for (const std::size_t id : dropped) const auto ended = here.functions.extract(id);
 }
 
 }  // namespace
