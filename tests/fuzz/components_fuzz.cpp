@@ -1,5 +1,6 @@
 // Dates and durations decomposed and made again, over NumPy arrays of random unit, order, shape and
-// strides and over Python's own objects, against NumPy's calendar and the units in Python's integers.
+// strides and over Python's own objects, against NumPy's calendar and the units in Python's
+// integers.
 
 #include "host.h"
 
