@@ -11,14 +11,11 @@ if [[ ! -e $place/boost ]]; then
     echo "cross_headers: install mmdebstrap" >&2
     exit 1
   }
-  # The mirror that this machine uses, in whichever of the two files names it.
-  sources=$(cat /etc/apt/sources.list /etc/apt/sources.list.d/debian.sources 2>/dev/null || true)
-  mirror=$(awk '/^(deb|URIs:) .*http/ && !/security/ {print $2; exit}' <<<"$sources")
   rm -rf "$place" build/debian13
   mmdebstrap --quiet --variant=extract --include=libboost1.83-dev \
     --aptopt='Acquire::Check-Valid-Until "false"' \
     --dpkgopt='path-exclude=*' --dpkgopt='path-include=/usr/include/boost/*' \
-    trixie build/debian13 "${mirror:-http://deb.debian.org/debian}" >&2
+    trixie build/debian13 "$(tools/debian_mirror.sh)" >&2
   mkdir -p "$place"
   # The system's own headers must not be seen.
   for library in CLI nlohmann; do ln -s "/usr/include/$library" "$place/$library"; done

@@ -13,15 +13,12 @@ command -v mmdebstrap >/dev/null || {
 # make_root SUITE FOLDER OPTION...: a system, made anew. A mirror's index may be past its date; its
 # signature is checked.
 make_root() {
-  local suite=$1 root=$2 sources mirror
+  local suite=$1 root=$2
   shift 2
-  # The mirror that this machine uses, in whichever of the two files names it.
-  sources=$(cat /etc/apt/sources.list /etc/apt/sources.list.d/debian.sources 2>/dev/null || true)
-  mirror=$(awk '/^(deb|URIs:) .*http/ && !/security/ {print $2; exit}' <<<"$sources")
   rm -rf "$root"
   mkdir -p "$(dirname "$root")"
   mmdebstrap --quiet --mode=root --aptopt='Acquire::Check-Valid-Until "false"' "$@" \
-    "$suite" "$root" "${mirror:-http://deb.debian.org/debian}"
+    "$suite" "$root" "$(tools/debian_mirror.sh)"
 }
 
 # clone_into ROOT: this checkout's HEAD, in /root/project.
