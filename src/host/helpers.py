@@ -5,6 +5,14 @@ import builtins, importlib, sys
 from builtins import len, next, set
 from operator import contains, delitem, index
 
+# On Windows, conda's environments keep libraries in a folder that their activation puts into PATH; a
+# host was not started from there.
+if sys.platform == 'win32':
+    import os
+    folder = os.path.join(sys.prefix, 'Library', 'bin')
+    if hasattr(os, 'add_dll_directory') and os.path.isdir(folder):
+        os.add_dll_directory(folder)
+
 none = None
 append = list.append
 

@@ -70,6 +70,21 @@ TEST(Settings, OneSessionAfterTheOther) {
   EXPECT_EQ(kept.size(), 2u);
 }
 
+// Conda's environments on Windows have a folder of libraries that only their activation puts into
+// PATH.
+TEST(Settings, FindTheLibrariesOfConda) {
+  namespace fs = std::filesystem;
+  const fs::path home = fs::u8path(underTest().home);
+  const fs::path folder = home / "Library";
+  if (!fs::exists(home / "vcruntime140.dll")) GTEST_SKIP() << "not on Windows";
+  fs::create_directories(folder / "bin");
+  fs::copy_file(home / "vcruntime140.dll", folder / "bin/of_conda.dll",
+                fs::copy_options::overwrite_existing);
+  EXPECT_EQ(thrownBy([] { py::Session(underTest())("ctypes.CDLL")("of_conda.dll"); }),
+            "nothing thrown");
+  fs::remove_all(folder);
+}
+
 TEST_F(Session, Objects) {
   const py::Object list = python.eval("[1, 'b', None]");
   EXPECT_EQ(list.size(), 3u);
