@@ -39,7 +39,7 @@ if [[ -n ${FREE_THREADED-} ]]; then
     cd /root
     apt-get source -q python3.13
     cd python3.13-*/
-    ./configure -q --prefix=/opt/free-threaded --disable-gil --enable-shared \
+    ./configure -q --prefix=/opt/free-threaded --disable-gil --enable-shared --without-ensurepip \
       LDFLAGS=-Wl,-rpath,/opt/free-threaded/lib
     make -s -j "$(nproc)"
     make -s install

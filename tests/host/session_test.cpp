@@ -80,7 +80,7 @@ TEST(Settings, FindTheLibrariesOfConda) {
   fs::create_directories(folder / "bin");
   fs::copy_file(home / "vcruntime140.dll", folder / "bin/of_conda.dll",
                 fs::copy_options::overwrite_existing);
-  EXPECT_EQ(thrownBy([] { py::Session(underTest())("ctypes.CDLL")("of_conda.dll"); }),
+  EXPECT_EQ(thrownBy([] { py::Session{underTest()}("ctypes.CDLL")("of_conda.dll"); }),
             "nothing thrown");
   fs::remove_all(folder);
 }
