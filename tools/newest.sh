@@ -30,19 +30,22 @@ step "$root" "$place/pythons.log" "its Pythons" '
   done
   echo $pythons >/root/pythons'
 
-# The newest free-threaded one that there is a source of, of the testing suite.
+# The newest free-threaded one that there is a source of, of the testing suite. Without Debian's
+# patches, whose site module looks for packages in the folder of the other build.
 if [[ -n ${FREE_THREADED-} ]]; then
   step "$root" "$place/free_threaded.log" "a free-threaded Python" '
     sed "s/ sid / testing /; s/^deb /deb-src /" /etc/apt/sources.list >/etc/apt/sources.list.d/testing.list
     apt-get update -q
     apt-get install -q -y --no-install-recommends dpkg-dev make libffi-dev libssl-dev zlib1g-dev
     cd /root
-    apt-get source -q python3.13
-    cd python3.13-*/
-    ./configure -q --prefix=/opt/free-threaded --disable-gil --enable-shared --without-ensurepip \
-      LDFLAGS=-Wl,-rpath,/opt/free-threaded/lib
+    apt-get source -q --download-only python3.13
+    dpkg-source --skip-patches -x python3.13_*.dsc python
+    cd python
+    ./configure -q --prefix=/opt/free-threaded --disable-gil --enable-shared
     make -s -j "$(nproc)"
     make -s install
+    echo /opt/free-threaded/lib >/etc/ld.so.conf.d/free-threaded.conf
+    ldconfig
     echo /opt/free-threaded/bin/python3.13t >>/root/pythons'
 fi
 
