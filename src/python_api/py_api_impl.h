@@ -130,7 +130,6 @@ class PyAPIImpl final : public python::IPythonAPI, private CheckedTables {
   int setTupleItem(PyObject* tuple, std::int64_t index, PyObject* item) override {
     passed(item);
     funcs_.Py_IncRef(item);
-    passed(tuple);
     return setter<&Funcs::PyTuple_SetItem>(tuple, index, item);
   }
   bool PyMapping_Check(PyObject* object) override {
