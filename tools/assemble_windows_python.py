@@ -9,7 +9,6 @@ same minor version on this machine. What cannot be assembled is left out, and sa
 """
 import glob
 import os
-import pathlib
 import re
 import shutil
 import subprocess
@@ -18,15 +17,13 @@ import tarfile
 import tempfile
 import zipfile
 
-# By version: the hash of the package, and what is added from PyPI under an old Wine.
+# By version: the hash of the package, and what is added from PyPI. The C runtime of Wine (8 and 10 were
+# tried) lacks the complex functions that NumPy calls from 2 on, and NumPy 1 ended with Python 3.12.
 RUNTIMES = {
     "3.12": ("4715740bd3d1a2b1efc5c28b2e9b3c68bcde29c610593e73379d14897a3dc87d",
              ["numpy<2", "pandas<3", "tzdata"]),
     "3.13": ("6e57af03c2cb64dd5191f76274b97fc630b3001bde59f82cf1e252e7e02d6754", ["tzdata"]),
 }
-# The C runtime of older ones lacks the complex functions that NumPy calls from 2 on, and NumPy 1 ended
-# with Python 3.12.
-WINE_WITH_COMPLEX = 10
 SIGNER = re.compile("Subject *:.*[/,]O=Python Software Foundation[/,]")
 
 # Stands in for the package's build system, so that downloading its source runs none of its code.
@@ -101,16 +98,8 @@ def standard_library(version):
     raise Unavailable("no Python of this version to take the standard library from")
 
 
-def wine_version():
-    script = pathlib.Path(__file__).resolve().parent.parent / "cmake" / "wine.sh"
-    told = subprocess.run([script, "/nonexistent", "--version"], stdout=subprocess.PIPE, text=True).stdout
-    return int(re.match("wine-([0-9]+)", told)[1])
-
-
 def assemble(version, target, work):
     checksum, packages = RUNTIMES[version]
-    if wine_version() >= WINE_WITH_COMPLEX:
-        packages = ["numpy", "pandas", "tzdata"]
     whole = os.path.join(work, "whole")
     shutil.copytree(standard_library(version), os.path.join(whole, "Lib"),
                     ignore=shutil.ignore_patterns("site-packages", "lib-dynload", "config-*",

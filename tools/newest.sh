@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
 # newest.sh: builds a clone of this checkout's HEAD in Debian's unstable suite, with each of its
 # compilers and with warnings as errors, and runs the tests on every CPython that it has, debug builds
-# too. FREE_THREADED=1 adds a free-threaded one, which is built from Debian's source; WINDOWS=1 then runs
-# the tests for Windows under the suite's Wine, on the Windows Pythons that can be had there.
+# too. FREE_THREADED=1 adds a free-threaded one, which is built from Debian's source.
 #
 # Needs root. The system lies in build/newest and is made anew every time.
 set -euo pipefail
@@ -71,8 +70,3 @@ for compiler in g++ clang++; do
       --exclude-regex 'debug:(host.Session.HostThreadsTakeTurns|robustness.faults)'"
   grep 'tests passed' "$place/test-$compiler.log"
 done
-
-if [[ -n ${WINDOWS-} ]]; then
-  step "$root" "$place/windows.log" "tested for Windows" './run windows'
-  grep 'tests passed' "$place/windows.log"
-fi

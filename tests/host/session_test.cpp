@@ -76,9 +76,9 @@ TEST(Settings, FindTheLibrariesOfConda) {
   namespace fs = std::filesystem;
   const fs::path home = fs::u8path(underTest().home);
   const fs::path folder = home / "Library";
-  if (!fs::exists(home / "vcruntime140.dll")) GTEST_SKIP() << "not on Windows";
+  if (!fs::exists(home / "python3.dll")) GTEST_SKIP() << "not on Windows";
   fs::create_directories(folder / "bin");
-  fs::copy_file(home / "vcruntime140.dll", folder / "bin/of_conda.dll",
+  fs::copy_file(home / "python3.dll", folder / "bin/of_conda.dll",
                 fs::copy_options::overwrite_existing);
   EXPECT_EQ(thrownBy([] { py::Session{underTest()}("ctypes.CDLL")("of_conda.dll"); }),
             "nothing thrown");
