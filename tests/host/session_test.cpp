@@ -82,7 +82,8 @@ TEST(Settings, FindTheLibrariesOfConda) {
                 fs::copy_options::overwrite_existing);
   EXPECT_EQ(thrownBy([] { py::Session{underTest()}("ctypes.CDLL")("of_conda.dll"); }),
             "nothing thrown");
-  fs::remove_all(folder);
+  std::error_code isLoaded;
+  fs::remove_all(folder, isLoaded);
 }
 
 TEST_F(Session, Objects) {

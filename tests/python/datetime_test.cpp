@@ -38,6 +38,7 @@ TEST_F(Dates, AreMadeInColumnMajorOrder) {
          " datetime(1970, 1, 1, 0, 0, 0, 1000)])");
   expect(pyCreateTimedelta64(nullptr, 0, 1, none), "x.shape == (0,) and x.dtype == 'm8[us]'");
   EXPECT_EQ(failure([&] { pyCreateDatetime64(texts, 3, 2, dims); }), nullReturned + " ValueError");
+  expect(pyCreateDatetime64Scalar(texts[1]), "x.dtype == 'M8[D]' and str(x) == '2024-02-29'");
 
   PyArguments args = {eval("[['2020', '2021'], ['2022', 'NaT']]")};
   expect(pyCreateDatetime64Array(args), "x.flags.f_contiguous and str(x[1, 0]) == '2022'");
