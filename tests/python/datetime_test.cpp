@@ -100,6 +100,14 @@ TEST_F(Dates, DecomposeByUnitAndFirstElement) {
   EXPECT_FALSE(pyTypeIsTimedelta64(eval("timedelta").get()));
   EXPECT_EQ(TimedeltaListComponent(eval("[timedelta(10**8)]").get()).hours()[0], -1894967296);
 
+  // A subclass may show its values in its own way, so they are asked for one by one.
+  run("class Own(numpy.ndarray): pass");
+  const Datetime64ArrayComponents dates(
+      eval("numpy.array(['2024-02-29'], 'M8[s]').view(Own)").get());
+  EXPECT_EQ(dates.years()[0] * 100 + dates.days()[0], 202429);
+  const Timedelta64ArrayComponents spans(eval("numpy.array([90061], 'm8[s]').view(Own)").get());
+  EXPECT_EQ(spans.seconds()[0], 90061);
+
   // One value: an array of one element too, and an object that converts itself.
   run(R"(
 span = timedelta(1, 3661)

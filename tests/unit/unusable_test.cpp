@@ -27,7 +27,8 @@ TEST(Unusable, LibrariesAreRefused) {
   std::filesystem::create_directory(folder);
   EXPECT_EQ(load(""), -1);
   EXPECT_EQ(load("libc.so.6"), -1);
-  for (const std::size_t size : {0, 40, 100, 4096, 40000})  // within its headers, and its segments
+  // Within its headers, and its segments.
+  for (const std::size_t size : std::vector<std::size_t>{0, 40, 100, 4096, 40000})
     expectRefused(folder / ("cut_at_" + std::to_string(size)), content.substr(0, size));
 
   for (const std::string& symbol : symbols) {

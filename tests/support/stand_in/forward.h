@@ -95,9 +95,8 @@ void run(PyErr_NormalizeException_Tag, PyObject** type, PyObject** value, PyObje
   state.owned += present(type, value, traceback) - before;
 }
 
-// An indirect function is the one symbol whose address a library can choose when it is asked.
-#define DEFINE_TYPE(name)                                     \
-  [[maybe_unused]] static auto find_##name() {                \
-    return reinterpret_cast<void (*)()>(real(#name "_Type")); \
-  }                                                           \
+// An indirect function is the one symbol whose address a library can choose when it is asked. What
+// chooses must have a plain name, so it is not static.
+#define DEFINE_TYPE(name)                                                                      \
+  auto find_##name()->void (*)() { return reinterpret_cast<void (*)()>(real(#name "_Type")); } \
   STAND_IN_EXPORT void name##_Type() __attribute__((ifunc("find_" #name)));
