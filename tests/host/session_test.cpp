@@ -78,12 +78,14 @@ TEST(Settings, FindTheLibrariesOfConda) {
   const fs::path home = fs::u8path(underTest().home);
   const fs::path folder = home / "Library";
   fs::create_directories(folder / "bin");
-  fs::copy_file(home / "python3.dll", folder / "bin/of_conda.dll",
-                fs::copy_options::overwrite_existing);
-  EXPECT_EQ(thrownBy([] { py::Session{underTest()}("ctypes.CDLL")("of_conda.dll"); }),
+  fs::copy_file(home / "python3.dll", folder / "bin/of_conda.dll");
+  EXPECT_EQ(thrownBy([] {
+              py::Session{underTest()}.run(
+                  "import ctypes, _ctypes\n"
+                  "_ctypes.FreeLibrary(ctypes.CDLL('of_conda.dll')._handle)");
+            }),
             "nothing thrown");
-  std::error_code isLoaded;
-  fs::remove_all(folder, isLoaded);
+  fs::remove_all(folder);
 }
 #endif
 
