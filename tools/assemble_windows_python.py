@@ -21,7 +21,8 @@ import zipfile
 RUNTIMES = {
     "3.12": ("4715740bd3d1a2b1efc5c28b2e9b3c68bcde29c610593e73379d14897a3dc87d",
              ["numpy<2", "pandas<3", "tzdata"]),
-    "3.13": ("6e57af03c2cb64dd5191f76274b97fc630b3001bde59f82cf1e252e7e02d6754", ["numpy", "pandas", "tzdata"]),
+    "3.13": ("6e57af03c2cb64dd5191f76274b97fc630b3001bde59f82cf1e252e7e02d6754",
+             ["numpy", "pandas", "tzdata"]),
 }
 # NumPy calls the complex functions of the C runtime from 2 on. Wine's lacks them (8 and 10 were tried), so
 # NumPy is sent to a DLL that has them from MinGW and forwards the others. The two names are equally long.
