@@ -107,6 +107,8 @@ def imports(path, library):
     """The names that a DLL takes from a library."""
     text = subprocess.run(["x86_64-w64-mingw32-objdump", "-p", path], check=True, text=True,
                           stdout=subprocess.PIPE).stdout
+    if "DLL Name: %s\n" % library not in text:
+        raise Unavailable("objdump does not show what NumPy takes from " + library)
     section = text.split("DLL Name: %s\n" % library)[1].split("\n\n")[0]
     return re.findall(r"^\t[0-9a-f]+\s+\d+\s+(\S+)$", section, re.MULTILINE)
 

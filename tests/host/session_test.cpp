@@ -76,16 +76,19 @@ TEST(Settings, OneSessionAfterTheOther) {
 TEST(Settings, FindTheLibrariesOfConda) {
   namespace fs = std::filesystem;
   const fs::path home = fs::u8path(underTest().home);
-  const fs::path folder = home / "Library";
-  fs::create_directories(folder / "bin");
-  fs::copy_file(home / "python3.dll", folder / "bin/of_conda.dll");
+  const fs::path folder = home / "Library/bin";
+  fs::create_directories(folder);
+  fs::copy_file(home / "python3.dll", folder / "of_pelion_test.dll");
   EXPECT_EQ(thrownBy([] {
               py::Session{underTest()}.run(
                   "import ctypes, _ctypes\n"
-                  "_ctypes.FreeLibrary(ctypes.CDLL('of_conda.dll')._handle)");
+                  "_ctypes.FreeLibrary(ctypes.CDLL('of_pelion_test.dll')._handle)");
             }),
             "nothing thrown");
-  fs::remove_all(folder);
+  fs::remove(folder / "of_pelion_test.dll");
+  std::error_code isConda;  // whose folders are not empty
+  fs::remove(folder, isConda);
+  fs::remove(folder.parent_path(), isConda);
 }
 #endif
 
